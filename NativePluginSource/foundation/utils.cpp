@@ -1,0 +1,68 @@
+#include "foundation/utils.h"
+
+#include <fstream>
+#include <iterator>
+
+#include <unistd.h>
+
+#include "foundation/mountedVolumes.h"
+
+namespace QVR {
+
+const std::string utils::distortionMapFileName = "touch.json";
+const std::string utils::projectionMapFileName = "touch_projectionMap.json";
+const std::string utils::clientSettingsFileName = "touch_client.json";
+const std::string utils::calibrationFileDir = "QVR_calibration";
+const std::string utils::distortionMapFilePath = calibrationFileDir + "/" + distortionMapFileName;
+const std::string utils::projectionMapFilePath = calibrationFileDir + "/" + projectionMapFileName;
+const std::string utils::clientSettingsFilePath = calibrationFileDir + "/" + clientSettingsFileName;
+
+std::string utils::findFilePath(std::string relativePath) {
+    for (const std::string& volume : mountedVolumes()) {
+        std::string candidate = volume + "/" + relativePath;
+        if (access(candidate.c_str(), R_OK) == 0) {
+            return candidate;
+        }
+    }
+    return relativePath;
+}
+
+std::string utils::readFileContent(const std::string& path) {
+    if (access(path.c_str(), R_OK) < 0) {
+        return "";
+    }
+    std::ifstream file(path);
+    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
+std::vector<std::string> utils::split(const char* text, char delimiter) {
+    std::vector<std::string> pieces;
+    const char* start = text;
+    for (const char* position = text;; ++position) {
+        if (*position == delimiter || *position == '\0') {
+            pieces.emplace_back(start, position);
+            start = position + 1;
+        }
+        if (*position == '\0') {
+            return pieces;
+        }
+    }
+}
+
+double utils::inverseLerp(double a, double b, double value) {
+    return a == b ? 0.0 : (value - a) / (b - a);
+}
+
+float utils::clip(float value, float lower, float upper) {
+    const float raised = lower > value ? lower : value;
+    return upper < raised ? upper : raised;
+}
+
+double utils::clamp01(double value) {
+    if (value < 0.0) {
+        return 0.0;
+    }
+    return value > 1.0 ? 1.0 : value;
+}
+
+} // namespace QVR

@@ -1,0 +1,1 @@
+# Layout of an installation; filled in as the parts arrive.
