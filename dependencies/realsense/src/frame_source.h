@@ -11,7 +11,8 @@
 
 namespace camera {
 
-// What a program asked for when it enabled a stream; 0 is any.
+// What a program asked for when it enabled a stream; 0 is any, and a stream that is not enabled
+// asks for any.
 struct StreamRequest {
     int width = 0;
     int height = 0;
@@ -46,7 +47,8 @@ class FrameSource {
     virtual bool paced() const = 0;
 
     // Fills the pictures of frame `number` (from 0) in the configured geometry: depth units, row
-    // by row, 0 where nothing is measured; RGB bytes. The same number gives the same pictures.
+    // by row, 0 where nothing is measured; RGB bytes. An empty span stands for a stream that is not
+    // enabled: its picture is not wanted. The same number gives the same pictures.
     virtual void render(std::uint64_t number, std::span<std::uint16_t> depth,
                         std::span<std::uint8_t> color) = 0;
 
