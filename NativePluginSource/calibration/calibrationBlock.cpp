@@ -1,0 +1,213 @@
+#include "calibration/calibrationBlock.h"
+
+#include "foundation/Logger.h"
+#include "foundation/jsonValues.h"
+#include "foundation/numbers.h"
+
+#include <cmath>
+#include <cstdint>
+#include <limits>
+
+#include <json11.hpp>
+
+namespace QVR {
+
+namespace {
+
+constexpr unsigned inactive = ~0u;
+
+// Whether the sizes make a grid of at least one cell whose positions an int can count, and are
+// those of `count` positions. Files come from outside: the sizes may be anything.
+bool gridHolds(int sizeX, int sizeY, int sizeZ, std::size_t count) {
+    constexpr std::int64_t most = std::numeric_limits<int>::max();
+    if (sizeX < 2 || sizeY < 2 || sizeZ < 2) {
+        return false;
+    }
+    const std::int64_t layer = std::int64_t{sizeX} * sizeY;
+    if (layer > most || layer * sizeZ > most) {
+        return false;
+    }
+    return static_cast<std::uint64_t>(layer * sizeZ) == count;
+}
+
+int clipDepth(const json11::Json& meters, float depthScale) {
+    return truncateToInt(meters.number_value() * static_cast<double>(depthScale));
+}
+
+} // namespace
+
+int calibrationBlock::importCellCalibration(std::string jsonText, float depthScale) {
+    if (jsonText.empty()) {
+        Logger::Log("WARNING: Could not read touch calibration because it appears to be empty.");
+        return -1;
+    }
+    std::string error = "noError";
+    json11::Json document = json11::Json::parse(jsonText, error);
+    if (error != "noError") {
+        Logger::Log("ERROR: There was a problem in parsing the calibration file contents: " +
+                    error);
+        return -2;
+    }
+    return importCellCalibration(document, depthScale);
+}
+
+int calibrationBlock::importCellCalibration(json11::Json& document, float depthScale) {
+    if (document.is_null()) {
+        return -3;
+    }
+    const json11::Json& resolutionX = document["depthResX"];
+    if (!resolutionX.is_number()) {
+        Logger::Log("Warning: Did not find resX value in calibration data.");
+        return -4;
+    }
+    const json11::Json& resolutionY = document["depthResY"];
+    if (!resolutionY.is_number()) {
+        Logger::Log("Warning: Did not find resY value in calibration data.");
+        return -5;
+    }
+    const json11::Json& nearMeters = document["nearClipMeters"];
+    if (!nearMeters.is_number()) {
+        Logger::Log("Warning: Did not find nearClipMeters value in calibration data.");
+        return -6;
+    }
+    const json11::Json& farMeters = document["farClipMeters"];
+    if (!farMeters.is_number()) {
+        Logger::Log("Warning: Did not find farClipMeters value in calibration data.");
+        return -7;
+    }
+
+    const int nearClip = clipDepth(nearMeters, depthScale);
+    const int farClip = clipDepth(farMeters, depthScale);
+    if (nearClip >= farClip || nearClip < 0 || farClip < 0) {
+        Logger::Log("Error: Could not determine near and far Z. Are both the camera and "
+                    "calibration file accessible?\nOtherwise, check the (sanity of the) depth clip "
+                    "values in the calibration file.\nFound values: near=" +
+                    std::to_string(nearClip) + " far=" + std::to_string(farClip));
+        return -8;
+    }
+
+    const json11::Json& grid = document["calibration"];
+    const json11::Json::array& numbers = grid["verts"].array_items();
+    if (numbers.size() % 3 != 0) {
+        rejectGrid();
+        return 0;
+    }
+    std::vector<Vector3> vertices;
+    vertices.reserve(numbers.size() / 3);
+    for (std::size_t i = 0; i < numbers.size(); i += 3) {
+        vertices.push_back({numberValue(numbers[i], 0.0), numberValue(numbers[i + 1], 0.0),
+                            numberValue(numbers[i + 2], 0.0)});
+    }
+    importCellCalibration(intValue(resolutionX, 640), intValue(resolutionY, 480), nearClip, farClip,
+                          intValue(grid["sizeX"], 0), intValue(grid["sizeY"], 0),
+                          intValue(grid["sizeZ"], 0), vertices);
+    return 0;
+}
+
+void calibrationBlock::importCellCalibration(int imageWidth, int imageHeight, int nearClip,
+                                             int farClip, int sizeX, int sizeY, int sizeZ,
+                                             const std::vector<Vector3>& vertices) {
+    if (!gridHolds(sizeX, sizeY, sizeZ, vertices.size())) {
+        rejectGrid();
+        return;
+    }
+    cellsX = static_cast<unsigned>(sizeX - 1);
+    cellsY = static_cast<unsigned>(sizeY - 1);
+    cellsZ = static_cast<unsigned>(sizeZ - 1);
+    width = imageWidth;
+    height = imageHeight;
+    nearZ = nearClip;
+    farZ = farClip;
+    cellSizeX = width / cellsX;
+    cellSizeY = height / cellsY;
+    cellSizeZ = static_cast<double>(std::int64_t{farClip} - nearClip) / cellsZ;
+
+    const auto vertex = [&](unsigned i, unsigned j, unsigned k) {
+        return vertices[getIndex(i, j, k, static_cast<unsigned>(sizeX),
+                                 static_cast<unsigned>(sizeY))];
+    };
+    cells.clear();
+    cells.reserve(std::size_t{cellsX} * cellsY * cellsZ);
+    for (unsigned k = 0; k < cellsZ; ++k) {
+        for (unsigned j = 0; j < cellsY; ++j) {
+            for (unsigned i = 0; i < cellsX; ++i) {
+                const aabbCellCoord box{
+                    k * cellSizeZ + nearZ, (k + 1) * cellSizeZ + nearZ,
+                    j * cellSizeY,         (j + 1) * cellSizeY,
+                    i * cellSizeX,         (i + 1) * cellSizeX,
+                };
+                const cellCoord measured{{
+                    vertex(i, j, k),
+                    vertex(i + 1, j, k),
+                    vertex(i + 1, j + 1, k),
+                    vertex(i, j + 1, k),
+                    vertex(i, j + 1, k + 1),
+                    vertex(i + 1, j + 1, k + 1),
+                    vertex(i + 1, j, k + 1),
+                    vertex(i, j, k + 1),
+                }};
+                cells.emplace_back().set(box, measured);
+            }
+        }
+    }
+}
+
+unsigned calibrationBlock::getIndex(unsigned x, unsigned y, unsigned z, unsigned sizeX,
+                                    unsigned sizeY) {
+    return (z * sizeY + y) * sizeX + x;
+}
+
+int calibrationBlock::getCellIndex(unsigned x, unsigned y, unsigned z) const {
+    const unsigned index = getIndex(x, y, z, cellsX, cellsY);
+    return index < cells.size() ? static_cast<int>(index) : -1;
+}
+
+calibrationCell* calibrationBlock::getCell(unsigned x, unsigned y, unsigned z) {
+    const int index = getCellIndex(x, y, z);
+    return index >= 0 ? &cells[static_cast<std::size_t>(index)] : nullptr;
+}
+
+calibrationCell* calibrationBlock::getCell(double x, double y, double z) {
+    const int index = findCell(x, y, z);
+    return index >= 0 ? &cells[static_cast<std::size_t>(index)] : nullptr;
+}
+
+void calibrationBlock::calibrateVector(Vector3& point) const {
+    if (cellsX == inactive) {
+        return;
+    }
+    const int index = findCell(point.x, point.y, point.z);
+    if (index < 0) {
+        point = {-1.0, -1.0, -1.0};
+        return;
+    }
+    const calibrationCell& cell = cells[static_cast<std::size_t>(index)];
+    cell.normalizePoint(point);
+    cell.transformPoint(point);
+}
+
+int calibrationBlock::findCell(double x, double y, double z) const {
+    if (!std::isfinite(x) || !std::isfinite(y) || !std::isfinite(z)) {
+        return -1;
+    }
+    const double depth = z - nearZ;
+    if (x < 0.0 || y < 0.0 || depth < 0.0 || x > width || y > height || depth > farZ - nearZ) {
+        return -1;
+    }
+    // Not checked axis by axis: on an upper face the coordinate is one past the last cell and the
+    // index runs on into the next row.
+    return getCellIndex(static_cast<unsigned>(truncateToInt(x / cellSizeX)),
+                        static_cast<unsigned>(truncateToInt(y / cellSizeY)),
+                        static_cast<unsigned>(truncateToInt(depth / cellSizeZ)));
+}
+
+void calibrationBlock::rejectGrid() {
+    cellsX = inactive;
+    cellsY = inactive;
+    cellsZ = inactive;
+    cells.clear();
+    Logger::Log(
+        "Error importing calibration! Size of the calibration block does not match data size!");
+}
+
+} // namespace QVR
