@@ -1,0 +1,34 @@
+// The blocking TCP client over BSD sockets.
+#pragma once
+
+#include "foundation/qvrApi.h"
+#include "serverClient/NetworkClient.h"
+
+namespace QVR {
+
+class QVR_API TcpClientWin final : public NetworkClient {
+  public:
+    int init() override;
+    int connect(const char* host, const char* port) override;
+    int send(const char* buffer, int length) override;
+    int close() override;
+    int recv(char* buffer, int length) override;
+    int cleanup() override;
+    int sendInt(int value) override;
+    int rcvInt(int* value) override;
+    bool isInit() override;
+    bool isConnected() override;
+
+    int socket = -1;    // the descriptor; -1 when closed; keeps its value after a failed recv
+    int lastResult = 0; // of the last name lookup, connect or send
+
+  private:
+    // The descriptor to hand to the system: -1 once the number in `socket` has been closed, for
+    // by then another thread of the host may have got the same number for a file of its own.
+    int liveDescriptor() const;
+    void releaseDescriptor();
+
+    int releasedDescriptor_ = -1;
+};
+
+} // namespace QVR
