@@ -1,0 +1,138 @@
+// Creation, settings and destruction of the one client.
+#include "client/ClientManager.h"
+
+#include "calibration/calibrationManager.h"
+#include "detection/ImageDownsampler.h"
+#include "foundation/Logger.h"
+#include "foundation/jsonValues.h"
+#include "foundation/utils.h"
+#include "serverClient/NetworkClient.h"
+
+#include <json11.hpp>
+
+std::mutex clientManagerMutex;
+QVR::Vector3 calibratedCoord;
+
+namespace QVR {
+
+ClientManager* ClientManager::_instance = nullptr;
+bool ClientManager::debugLogging = false;
+bool ClientManager::convertImageBuffersTo8bit4channel = true;
+bool ClientManager::ranSocketsInit = false;
+
+void ClientManager::Init() {
+    if (debugLogging) {
+        Logger::Log("Client manager Init...");
+    }
+    const std::string path = utils::findFilePath(utils::clientSettingsFilePath);
+    const std::string text = utils::readFileContent(path);
+
+    std::string ip = "localhost";
+    int port = 27016;
+    if (!text.empty()) {
+        std::string error = "noError";
+        const json11::Json settings = json11::Json::parse(text, error);
+        if (error == "noError") {
+            // A readable file without a host name means the empty name, not the default.
+            ip = settings["ip"].string_value();
+            port = intValue(settings["port"], port);
+        }
+    }
+    Init(ip, static_cast<unsigned int>(port));
+}
+
+void ClientManager::Init(const std::string& ip, unsigned int port) {
+    if (debugLogging) {
+        Logger::Log("Connecting to Server at: " + ip + " : " + std::to_string(port));
+    }
+    const std::lock_guard<std::mutex> lock(clientManagerMutex);
+    if (_instance != nullptr) {
+        if (debugLogging) {
+            Logger::Log("WARNING: Depth plugin has already been initialized.");
+        }
+        return;
+    }
+    _instance = new ClientManager(ip, std::to_string(port));
+}
+
+void ClientManager::Destroy() {
+    const std::lock_guard<std::mutex> lock(clientManagerMutex);
+    if (debugLogging) {
+        Logger::Log("Shutting down client manager...");
+    }
+    if (_instance == nullptr) {
+        if (debugLogging) {
+            Logger::Log("WARNING: Depth plugin has already been destroyed!");
+        }
+        return;
+    }
+    delete _instance;
+    _instance = nullptr;
+    if (debugLogging) {
+        Logger::Log("Done shutting down ClientManager.");
+    }
+}
+
+ClientManager* ClientManager::Get() {
+    return _instance;
+}
+
+bool ClientManager::HasInstance() {
+    return _instance != nullptr;
+}
+
+ClientManager::ClientManager(const std::string& serverIp, const std::string& serverPort)
+    : ip(serverIp), port(serverPort) {
+    header.protocolID = noHeaderYet;
+    header.endianTest = 2;
+    if (debugLogging) {
+        Logger::Log("Client manager starting...");
+    }
+    networkClient = NetworkClient::mkClient();
+    if (networkClient == nullptr) {
+        Logger::Log("FATAL ERROR: Could not instantiate client!!");
+        return;
+    }
+    // A server that is down is no reason against a client: every update tries again.
+    try {
+        CheckClientState();
+    } catch (...) {
+        closeClient();
+        NetworkClient::freeClient(networkClient);
+        throw;
+    }
+    if (debugLogging) {
+        Logger::Log("Client manager instantiated.");
+    }
+}
+
+ClientManager::~ClientManager() {
+    if (debugLogging) {
+        Logger::Log("Client starting destructor...");
+    }
+    touchBytes_.reset();
+    colorBytes_.reset();
+    depthValues_.reset();
+    processedBytes_.reset();
+    calibration_.reset();
+    downsampler_.reset();
+    closeClient();
+    NetworkClient::freeClient(networkClient);
+    if (debugLogging) {
+        Logger::Log("Client destructor done.");
+    }
+}
+
+bool ClientManager::isConnected() {
+    return _instance != nullptr && _instance->networkClient != nullptr &&
+           _instance->networkClient->isConnected();
+}
+
+void ClientManager::closeClient() {
+    if (networkClient != nullptr) {
+        networkClient->close();
+        networkClient->cleanup();
+    }
+}
+
+} // namespace QVR
