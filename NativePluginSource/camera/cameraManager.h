@@ -16,6 +16,10 @@
 #include <string>
 #include <vector>
 
+namespace json11 {
+class Json;
+}
+
 namespace QVR {
 
 class ImageDownsampler;
@@ -148,10 +152,15 @@ class QVR_API cameraManager {
     static cameraManager* _instance;
 
   private:
-    void configureDetection(float oneMeter);
     void openFallbackCamera();
-    void openDocumentCamera(const std::string& text);
-    void reportCameraStart(int result);
+    void openCamera(int framesPerSecond, json11::Json& settings);
+    void readStreamingSwitches(const json11::Json& document);
+    void readStreamSettings(const json11::Json& document);
+    void configureDetection(float oneMeter);
+    const unsigned short* depthToSend(const unsigned short* depthFrame);
+    void copyForTextures(const unsigned short* depthFrame, const unsigned char* color);
+
+    bool detectionConfigured = false;
 };
 
 } // namespace QVR

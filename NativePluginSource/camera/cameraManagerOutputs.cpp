@@ -1,0 +1,98 @@
+// What a host shows and what a person reads: textures and texts.
+#include "calibration/calibrationBlock.h"
+#include "calibration/calibrationCell.h"
+#include "camera/cameraManager.h"
+#include "camera/hardwareCamera.h"
+#include "detection/blobManager.h"
+#include "detection/touchManager.h"
+
+#include <algorithm>
+
+namespace QVR {
+
+namespace {
+
+constexpr unsigned char opaque = 255;
+
+unsigned char* writePixel(unsigned char* texel, unsigned char red, unsigned char green,
+                          unsigned char blue) {
+    texel[0] = red;
+    texel[1] = green;
+    texel[2] = blue;
+    texel[3] = opaque;
+    return texel + 4;
+}
+
+// Makes a mark visible without hiding the value under it.
+void showMark(unsigned char* texel, std::uint8_t mark) {
+    if (mark == 150) {
+        texel[1] = 255;
+    } else if (mark != 0) {
+        texel[2] = static_cast<unsigned char>(std::min(255, texel[2] + 150));
+    }
+}
+
+std::string readoutLine(const char* label, unsigned int value) {
+    return label + std::to_string(value) + "\n";
+}
+
+} // namespace
+
+void cameraManager::updateColorTexture() {
+    unsigned char* texel = colorTexture;
+    if (texel == nullptr) {
+        return;
+    }
+    for (std::size_t i = 0; i + 2 < colorBuffer.size(); i += 3) {
+        texel = writePixel(texel, colorBuffer[i], colorBuffer[i + 1], colorBuffer[i + 2]);
+    }
+}
+
+void cameraManager::updateDepthTexture() {
+    unsigned char* texel = depthTexture;
+    if (texel == nullptr) {
+        return;
+    }
+    for (const std::uint16_t sample : depthBuffer) {
+        texel = writePixel(texel, static_cast<unsigned char>(sample & 0xFF),
+                           static_cast<unsigned char>(sample >> 8), 0);
+    }
+}
+
+void cameraManager::updateProcessedTexture() {
+    unsigned char* texel = processedTexture;
+    if (texel == nullptr) {
+        return;
+    }
+    for (const std::uint8_t value : processedBuffer) {
+        texel = writePixel(texel, value, value, value);
+    }
+    if (processedTextureDebug) {
+        const std::vector<std::uint8_t>& marks = blobs->mask;
+        const std::size_t count = std::min(marks.size(), processedBuffer.size());
+        for (std::size_t i = 0; i < count; ++i) {
+            showMark(processedTexture + 4 * i, marks[i]);
+        }
+    }
+}
+
+std::string cameraManager::getCameraInfoJson() {
+    return camera ? camera->getCameraInfo() : std::string();
+}
+
+std::string cameraManager::getVariableReadout() {
+    std::string text = "\n//////main:\n";
+    text += readoutLine("xRes ", depthResX);
+    text += readoutLine("yRes ", depthResY);
+    text += readoutLine("dataLength ", depthPixelCount);
+    text += readoutLine("xResColor ", colorResX);
+    text += readoutLine("yResColor ", colorResY);
+    text += blobs->getVariableReadout();
+    text += touches->getVariableReadout();
+    text += "\n//////projection map:\n";
+    // The map has no size of its own to show; the depth width says that there is one.
+    text += projectionMap ? readoutLine("xRes ", depthResX) : "none\n";
+    return text;
+}
+
+} // namespace QVR
