@@ -14,76 +14,49 @@
 #define RS_API_VERSION                                                                             \
     (RS_API_MAJOR_VERSION * 10000 + RS_API_MINOR_VERSION * 100 + RS_API_PATCH_VERSION)
 
+/* In C++ every int is a valid value of an enumeration, as it is in C: a code that is no stream
+ * comes back as an error instead of being undefined. */
 #ifdef __cplusplus
+#define RS_ENUM(name) enum name : int
 extern "C" {
+#else
+#define RS_ENUM(name) enum name
 #endif
 
-typedef enum rs_stream {
-    RS_STREAM_DEPTH = 0,
-    RS_STREAM_COLOR = 1,
-    RS_STREAM_INFRARED = 2,
-    RS_STREAM_INFRARED2 = 3,
+typedef RS_ENUM(rs_stream){
+    RS_STREAM_DEPTH = 0, RS_STREAM_COLOR = 1, RS_STREAM_INFRARED = 2, RS_STREAM_INFRARED2 = 3,
     RS_STREAM_FISHEYE = 4,
     /* The streams below are computed from the native ones and cannot be enabled themselves. */
-    RS_STREAM_POINTS = 5,
-    RS_STREAM_RECTIFIED_COLOR = 6,
-    RS_STREAM_COLOR_ALIGNED_TO_DEPTH = 7,
-    RS_STREAM_INFRARED2_ALIGNED_TO_DEPTH = 8,
-    RS_STREAM_DEPTH_ALIGNED_TO_COLOR = 9,
-    RS_STREAM_DEPTH_ALIGNED_TO_RECTIFIED_COLOR = 10,
-    RS_STREAM_DEPTH_ALIGNED_TO_INFRARED2 = 11,
-    RS_STREAM_COUNT = 12
-} rs_stream;
+    RS_STREAM_POINTS = 5, RS_STREAM_RECTIFIED_COLOR = 6, RS_STREAM_COLOR_ALIGNED_TO_DEPTH = 7,
+    RS_STREAM_INFRARED2_ALIGNED_TO_DEPTH = 8, RS_STREAM_DEPTH_ALIGNED_TO_COLOR = 9,
+    RS_STREAM_DEPTH_ALIGNED_TO_RECTIFIED_COLOR = 10, RS_STREAM_DEPTH_ALIGNED_TO_INFRARED2 = 11,
+    RS_STREAM_COUNT = 12} rs_stream;
 
-typedef enum rs_format {
-    RS_FORMAT_ANY = 0,
-    RS_FORMAT_Z16 = 1,
-    RS_FORMAT_DISPARITY16 = 2,
-    RS_FORMAT_XYZ32F = 3,
-    RS_FORMAT_YUYV = 4,
-    RS_FORMAT_RGB8 = 5,
-    RS_FORMAT_BGR8 = 6,
-    RS_FORMAT_RGBA8 = 7,
-    RS_FORMAT_BGRA8 = 8,
-    RS_FORMAT_Y8 = 9,
-    RS_FORMAT_Y16 = 10,
-    RS_FORMAT_RAW10 = 11,
-    RS_FORMAT_RAW16 = 12,
-    RS_FORMAT_RAW8 = 13,
-    RS_FORMAT_COUNT = 14
-} rs_format;
+typedef RS_ENUM(rs_format){
+    RS_FORMAT_ANY = 0,    RS_FORMAT_Z16 = 1,   RS_FORMAT_DISPARITY16 = 2, RS_FORMAT_XYZ32F = 3,
+    RS_FORMAT_YUYV = 4,   RS_FORMAT_RGB8 = 5,  RS_FORMAT_BGR8 = 6,        RS_FORMAT_RGBA8 = 7,
+    RS_FORMAT_BGRA8 = 8,  RS_FORMAT_Y8 = 9,    RS_FORMAT_Y16 = 10,        RS_FORMAT_RAW10 = 11,
+    RS_FORMAT_RAW16 = 12, RS_FORMAT_RAW8 = 13, RS_FORMAT_COUNT = 14} rs_format;
 
-typedef enum rs_output_buffer_format {
-    RS_OUTPUT_BUFFER_FORMAT_CONTINUOUS = 0,
-    RS_OUTPUT_BUFFER_FORMAT_NATIVE = 1,
-    RS_OUTPUT_BUFFER_FORMAT_COUNT = 2
-} rs_output_buffer_format;
+typedef RS_ENUM(rs_output_buffer_format){RS_OUTPUT_BUFFER_FORMAT_CONTINUOUS = 0,
+                                         RS_OUTPUT_BUFFER_FORMAT_NATIVE = 1,
+                                         RS_OUTPUT_BUFFER_FORMAT_COUNT = 2} rs_output_buffer_format;
 
-typedef enum rs_source {
-    RS_SOURCE_VIDEO = 0,
-    RS_SOURCE_MOTION_TRACKING = 1,
-    RS_SOURCE_ALL = 2,
-    RS_SOURCE_COUNT = 3
-} rs_source;
+typedef RS_ENUM(rs_source){RS_SOURCE_VIDEO = 0, RS_SOURCE_MOTION_TRACKING = 1, RS_SOURCE_ALL = 2,
+                           RS_SOURCE_COUNT = 3} rs_source;
 
-typedef enum rs_distortion {
-    RS_DISTORTION_NONE = 0,
-    RS_DISTORTION_MODIFIED_BROWN_CONRADY = 1,
-    RS_DISTORTION_INVERSE_BROWN_CONRADY = 2,
-    RS_DISTORTION_FTHETA = 3,
-    RS_DISTORTION_COUNT = 4
-} rs_distortion;
+typedef RS_ENUM(rs_distortion){RS_DISTORTION_NONE = 0, RS_DISTORTION_MODIFIED_BROWN_CONRADY = 1,
+                               RS_DISTORTION_INVERSE_BROWN_CONRADY = 2, RS_DISTORTION_FTHETA = 3,
+                               RS_DISTORTION_COUNT = 4} rs_distortion;
 
 /* The options that cameras of the F200 and SR300 family have beyond colour control. */
-typedef enum rs_option {
-    RS_OPTION_F200_LASER_POWER = 12,
-    RS_OPTION_F200_ACCURACY = 13,
-    RS_OPTION_F200_MOTION_RANGE = 14,
-    RS_OPTION_F200_FILTER_OPTION = 15,
-    RS_OPTION_F200_CONFIDENCE_THRESHOLD = 16,
-    RS_OPTION_F200_DYNAMIC_FPS = 17,
-    RS_OPTION_COUNT = 68
-} rs_option;
+typedef RS_ENUM(rs_option){RS_OPTION_F200_LASER_POWER = 12,
+                           RS_OPTION_F200_ACCURACY = 13,
+                           RS_OPTION_F200_MOTION_RANGE = 14,
+                           RS_OPTION_F200_FILTER_OPTION = 15,
+                           RS_OPTION_F200_CONFIDENCE_THRESHOLD = 16,
+                           RS_OPTION_F200_DYNAMIC_FPS = 17,
+                           RS_OPTION_COUNT = 68} rs_option;
 
 typedef struct rs_context rs_context;
 typedef struct rs_device rs_device;

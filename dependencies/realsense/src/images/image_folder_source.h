@@ -1,0 +1,43 @@
+// A camera that plays a folder of recorded pictures over and over.
+#pragma once
+
+#include "frame_source.h"
+#include "images/image_folder.h"
+#include "source_options.h"
+
+namespace camera {
+
+// images:DIR with the keys scale (metres in one depth unit, 0.000125), fps (30, or whatever rate a
+// program asks for), fx, fy (476), ppx, ppy (the middle) and pace (on or off).
+class ImageFolderSource : public FrameSource {
+  public:
+    explicit ImageFolderSource(const SourceOptions& options);
+
+    std::string name() const override { return "Image folder"; }
+    std::string serial() const override { return folderName_; }
+    std::string firmware() const override { return "1.0.0.0"; }
+
+    float depthScale() const override { return depthScale_; }
+    // The pictures were taken from one place.
+    rs_extrinsics depthToColor() const override;
+
+    CameraGeometry configure(const StreamRequest& depth, const StreamRequest& color) override;
+    bool paced() const override { return paced_; }
+    void render(std::uint64_t number, std::span<std::uint16_t> depth,
+                std::span<std::uint8_t> color) override;
+    rs_scene_truth truth(std::uint64_t number) const override;
+
+  private:
+    rs_intrinsics depthIntrinsics() const;
+    ImageSize colorSizeFor(const StreamRequest& color) const;
+
+    std::string folderName_;
+    ImageFolder folder_;
+    float depthScale_;
+    int framerate_; // 0: as the program asks
+    float fx_, fy_, ppx_, ppy_;
+    bool paced_;
+    ImageSize colorSize_;
+};
+
+} // namespace camera

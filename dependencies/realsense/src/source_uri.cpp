@@ -1,0 +1,82 @@
+#include "source_uri.h"
+
+#include "images/image_folder_source.h"
+#include "stream_device.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <stdexcept>
+#include <utility>
+
+namespace camera {
+namespace {
+
+bool isKey(std::string_view text) {
+    const auto isLetter = [](char c) { return c >= 'a' && c <= 'z'; };
+    return !text.empty() && std::all_of(text.begin(), text.end(), isLetter);
+}
+
+// Where the key of "key=value" ends, or npos when `item` is not of that form.
+std::size_t keyEnd(std::string_view item) {
+    const std::size_t end = item.find('=');
+    return end != std::string_view::npos && isKey(item.substr(0, end)) ? end
+                                                                       : std::string_view::npos;
+}
+
+std::vector<std::string_view> splitAtCommas(std::string_view text) {
+    std::vector<std::string_view> items;
+    while (true) {
+        const std::size_t comma = text.find(',');
+        items.push_back(text.substr(0, comma));
+        if (comma == std::string_view::npos) {
+            return items;
+        }
+        text.remove_prefix(comma + 1);
+    }
+}
+
+} // namespace
+
+SourceOptions parseSourceUri(std::string_view uri) {
+    const std::size_t colon = uri.find(':');
+    const std::string scheme(uri.substr(0, colon));
+    if (colon == std::string_view::npos) {
+        return {scheme, "", {}};
+    }
+    std::string positional;
+    SourceOptions::Values values;
+    bool first = true;
+    for (std::string_view item : splitAtCommas(uri.substr(colon + 1))) {
+        const std::size_t end = keyEnd(item);
+        if (end != std::string_view::npos) {
+            values.emplace_back(item.substr(0, end), item.substr(end + 1));
+        } else if (values.empty()) {
+            positional += (first ? "" : ",") + std::string(item);
+        } else {
+            throw std::runtime_error("camera source \"" + scheme + "\": \"" + std::string(item) +
+                                     "\" is not of the form key=value");
+        }
+        first = false;
+    }
+    return {scheme, positional, std::move(values)};
+}
+
+std::unique_ptr<FrameSource> makeSource(const std::string& uri) {
+    const SourceOptions options = parseSourceUri(uri);
+    if (options.scheme() == "images") {
+        return std::make_unique<ImageFolderSource>(options);
+    }
+    throw std::runtime_error("unknown camera source \"" + options.scheme() +
+                             "\"; accepted: images:DIR");
+}
+
+std::vector<std::unique_ptr<Device>> defaultDevices() {
+    std::vector<std::unique_ptr<Device>> devices;
+    const char* const uri = std::getenv("QVR_CAMERA");
+    if (uri && *uri) {
+        devices.push_back(std::make_unique<StreamDevice>(makeSource(uri)));
+    }
+    return devices;
+}
+
+} // namespace camera

@@ -1,0 +1,28 @@
+// Camera URIs: from the text that a user writes to the source that it chooses.
+#pragma once
+
+#include "device.h"
+#include "frame_source.h"
+#include "source_options.h"
+
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace camera {
+
+// Splits "scheme", "scheme:key=value,..." or "scheme:positional,key=value,...". The positional
+// text ends before the first item of the form key=value, so that a path may contain commas.
+// Throws std::runtime_error for an item without a key behind it.
+SourceOptions parseSourceUri(std::string_view uri);
+
+// Makes the source that `uri` chooses; throws std::runtime_error, saying what is accepted.
+std::unique_ptr<FrameSource> makeSource(const std::string& uri);
+
+// What a context enumerates when the program has chosen nothing: the source in the environment
+// variable QVR_CAMERA, else real cameras. None of those can be reached without a camera driver
+// library, so that there is no device then.
+std::vector<std::unique_ptr<Device>> defaultDevices();
+
+} // namespace camera
