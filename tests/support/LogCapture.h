@@ -1,10 +1,10 @@
 // Collects every log message while it lives, in order.
 #pragma once
 
+#include "foundation/Logger.h"
+
 #include <string>
 #include <vector>
-
-#include "foundation/Logger.h"
 
 namespace support {
 
