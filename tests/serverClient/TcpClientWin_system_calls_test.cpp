@@ -1,0 +1,194 @@
+// The client against scripted results of the system calls, which this program replaces: what no
+// real peer can be made to do at a chosen moment.
+#include "serverClient/TcpClientWin.h"
+#include "support/LogCapture.h"
+
+#include <cerrno>
+#include <cstring>
+#include <deque>
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <sys/types.h>
+#include <time.h>
+
+namespace {
+
+struct Result {
+    long value = 0;
+    int error = 0;
+};
+
+// What the next calls give, and what they were called with.
+struct System {
+    std::deque<Result> reads;
+    int readCalls = 0;
+    Result sent;
+    std::vector<std::string> sends;
+    int sendFlags = 0;
+    bool refusesSockets = false;
+    std::vector<long> sleeps; // nanoseconds
+};
+
+System& scripted() {
+    static System state;
+    return state;
+}
+
+long answer(const Result& result) {
+    errno = result.error;
+    return result.value;
+}
+
+} // namespace
+
+extern "C" {
+
+ssize_t recv(int, void* buffer, size_t, int) {
+    ++scripted().readCalls;
+    if (scripted().reads.empty()) {
+        return answer({-1, EBADF});
+    }
+    const Result result = scripted().reads.front();
+    scripted().reads.pop_front();
+    if (result.value > 0) {
+        std::memset(buffer, 'x', static_cast<std::size_t>(result.value));
+    }
+    return answer(result);
+}
+
+ssize_t send(int, const void* buffer, size_t size, int flags) {
+    scripted().sends.emplace_back(static_cast<const char*>(buffer), size);
+    scripted().sendFlags = flags;
+    return answer(scripted().sent);
+}
+
+int socket(int, int, int) noexcept {
+    return static_cast<int>(answer(scripted().refusesSockets ? Result{-1, EMFILE} : Result{900}));
+}
+
+int nanosleep(const timespec* duration, timespec*) {
+    scripted().sleeps.push_back(duration->tv_sec * 1'000'000'000L + duration->tv_nsec);
+    return 0;
+}
+
+} // extern "C"
+
+namespace {
+
+using support::LogCapture;
+using testing::ElementsAre;
+
+class TcpClientWinCalls : public testing::Test {
+  protected:
+    TcpClientWinCalls() {
+        scripted() = System{};
+        client.socket = 900; // closing it fails, harmlessly
+    }
+
+    LogCapture log;
+    QVR::TcpClientWin client;
+    std::string buffer = std::string(64, '\0');
+};
+
+TEST_F(TcpClientWinCalls, EndsWithTheFourThousandAndFirstEmptyRead) {
+    scripted().reads.assign(4001, Result{0});
+    EXPECT_EQ(client.recv(buffer.data(), 64), -50);
+    EXPECT_EQ(scripted().readCalls, 4001);
+    EXPECT_THAT(LogCapture::messages(), ElementsAre("Data reception failed with timeout."));
+}
+
+TEST_F(TcpClientWinCalls, BearsFourThousandEmptyReads) {
+    scripted().reads.assign(4000, Result{0});
+    scripted().reads.push_back({64});
+    EXPECT_EQ(client.recv(buffer.data(), 64), 64);
+    EXPECT_TRUE(LogCapture::messages().empty());
+}
+
+TEST_F(TcpClientWinCalls, CountsEmptyReadsAcrossPieces) {
+    scripted().reads.assign(3000, Result{0});
+    scripted().reads.push_back({1});
+    scripted().reads.insert(scripted().reads.end(), 1001, Result{0});
+    scripted().reads.push_back({63});
+    EXPECT_EQ(client.recv(buffer.data(), 64), -50);
+    EXPECT_EQ(scripted().readCalls, 4002);
+}
+
+TEST_F(TcpClientWinCalls, CountsEmptyReadsAnewInEachCall) {
+    scripted().reads.assign(4000, Result{0});
+    scripted().reads.push_back({64});
+    scripted().reads.insert(scripted().reads.end(), 4000, Result{0});
+    scripted().reads.push_back({64});
+    EXPECT_EQ(client.recv(buffer.data(), 64), 64);
+    EXPECT_EQ(client.recv(buffer.data(), 64), 64);
+}
+
+TEST_F(TcpClientWinCalls, ReportsTheErrorNumberOfAFailedRead) {
+    scripted().reads = {{10}, {-1, ETIMEDOUT}};
+    EXPECT_EQ(client.recv(buffer.data(), 64), -1);
+    EXPECT_THAT(LogCapture::messages(), ElementsAre("Can be good: rcvArr socket: 900 return: -1 "
+                                                    "error: " +
+                                                    std::to_string(ETIMEDOUT)));
+    EXPECT_EQ(client.socket, 900);
+    EXPECT_TRUE(client.isConnected());
+}
+
+TEST_F(TcpClientWinCalls, AnIntegerIsOneRead) {
+    scripted().reads = {{2}, {2}};
+    int value = -1;
+    EXPECT_EQ(client.rcvInt(&value), 2);
+    EXPECT_EQ(scripted().readCalls, 1);
+}
+
+TEST_F(TcpClientWinCalls, WaitsTenMillisecondsOnceWhenTheSendBufferIsFull) {
+    scripted().sent = {-1, EAGAIN};
+    EXPECT_EQ(client.send("abc", 3), -1);
+    EXPECT_THAT(scripted().sends, ElementsAre("abc"));
+    EXPECT_THAT(scripted().sleeps, ElementsAre(10'000'000L));
+    EXPECT_EQ(client.lastResult, -1);
+}
+
+TEST_F(TcpClientWinCalls, AnIntegerWaitsLikewiseAndLeavesTheLastResult) {
+    scripted().sent = {-1, EAGAIN};
+    client.lastResult = 7;
+    EXPECT_EQ(client.sendInt(1), -1);
+    EXPECT_THAT(scripted().sends, ElementsAre(std::string("\0\0\0\1", 4)));
+    EXPECT_THAT(scripted().sleeps, ElementsAre(10'000'000L));
+    EXPECT_EQ(client.lastResult, 7);
+}
+
+TEST_F(TcpClientWinCalls, DoesNotWaitAfterOtherErrors) {
+    scripted().sent = {-1, EPIPE};
+    EXPECT_EQ(client.send("abc", 3), -1);
+    EXPECT_EQ(client.sendInt(1), -1);
+    scripted().sent = {3, EAGAIN};
+    EXPECT_EQ(client.send("abc", 3), 3);
+    EXPECT_TRUE(scripted().sleeps.empty());
+}
+
+#ifdef MSG_NOSIGNAL
+TEST_F(TcpClientWinCalls, AsksForNoSignalWithEverySend) {
+    client.send("a", 1);
+    EXPECT_EQ(scripted().sendFlags, MSG_NOSIGNAL);
+    scripted().sendFlags = 0;
+    client.sendInt(1);
+    EXPECT_EQ(scripted().sendFlags, MSG_NOSIGNAL);
+}
+#endif
+
+TEST_F(TcpClientWinCalls, ReportsThatThereIsNoSocketToBeHad) {
+    client.socket = -1;
+    scripted().refusesSockets = true;
+    testing::internal::CaptureStdout();
+    EXPECT_EQ(client.connect("127.0.0.1", "9"), -2);
+    EXPECT_EQ(testing::internal::GetCapturedStdout(),
+              "Could not create socket : " + std::to_string(EMFILE));
+    EXPECT_EQ(client.socket, -1);
+    EXPECT_EQ(client.lastResult, 0);
+    EXPECT_THAT(LogCapture::messages(), ElementsAre("Connecting to 127.0.0.1:9"));
+}
+
+} // namespace
