@@ -18,7 +18,9 @@ std::string withNumber(const std::string& message, Number value) {
 
 } // namespace
 
-void Logger::RegisterDebugCallback(void (*callback)(const char*)) { logCallback = callback; }
+void Logger::RegisterDebugCallback(void (*callback)(const char*)) {
+    logCallback = callback;
+}
 
 void Logger::Log(std::string message) {
     if (logCallback != nullptr) {
@@ -31,8 +33,12 @@ void Logger::Log(std::string message) {
     std::printf("%s", message.c_str());
 }
 
-void Logger::Log(std::string message, int value) { Log(withNumber(message, value)); }
+void Logger::Log(std::string message, int value) {
+    Log(withNumber(message, value));
+}
 
-void Logger::Log(std::string message, float value) { Log(withNumber(message, value)); }
+void Logger::Log(std::string message, float value) {
+    Log(withNumber(message, value));
+}
 
 } // namespace QVR

@@ -1,9 +1,9 @@
 // The one way out for messages: the host's log callback, or standard output without one.
 #pragma once
 
-#include <string>
-
 #include "foundation/qvrApi.h"
+
+#include <string>
 
 namespace QVR {
 

@@ -1,8 +1,8 @@
 #include "foundation/jsonValues.h"
 
-#include <json11.hpp>
-
 #include "foundation/numbers.h"
+
+#include <json11.hpp>
 
 namespace QVR {
 

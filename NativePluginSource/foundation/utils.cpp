@@ -1,11 +1,11 @@
 #include "foundation/utils.h"
 
+#include "foundation/mountedVolumes.h"
+
+#include <array>
 #include <fstream>
-#include <iterator>
 
 #include <unistd.h>
-
-#include "foundation/mountedVolumes.h"
 
 namespace QVR {
 
@@ -32,7 +32,13 @@ std::string utils::readFileContent(const std::string& path) {
         return "";
     }
     std::ifstream file(path);
-    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    std::string content;
+    std::array<char, 65536> buffer;
+    while (file.read(buffer.data(), buffer.size()) || file.gcount() > 0) {
+        content.append(buffer.data(), static_cast<std::size_t>(file.gcount()));
+    }
+    // A folder opens but cannot be read, and a stick may be pulled half-way.
+    return file.bad() ? "" : content;
 }
 
 std::vector<std::string> utils::split(const char* text, char delimiter) {

@@ -2,11 +2,11 @@
 // that calibration and detection share.
 #pragma once
 
+#include "foundation/qvrApi.h"
+
 #include <cstddef>
 #include <string>
 #include <vector>
-
-#include "foundation/qvrApi.h"
 
 namespace QVR {
 

@@ -12,13 +12,47 @@ namespace {
 
 constexpr std::size_t maximumDepth = 200;
 
-const Json nullValue;
+// Longest reason kept of a parser's message, which may quote the document without end.
+constexpr std::size_t maximumReason = 300;
+
+// Ready before any other static is: a missing member may be asked for while the library loads.
+constinit const Json nullValue;
+
+std::string atByte(std::size_t position) {
+    return " (byte " + std::to_string(position) + ")";
+}
+
+// Byte, counted from 1, of the bracket that opens one level too many. The parser's events carry no
+// position, so this walks the text once more when a document fails for its depth.
+std::size_t positionOfExcessiveDepth(const std::string& text) {
+    std::size_t depth = 0;
+    bool inString = false;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const char c = text[i];
+        if (inString) {
+            if (c == '\\') {
+                ++i;
+            } else if (c == '"') {
+                inString = false;
+            }
+        } else if (c == '"') {
+            inString = true;
+        } else if (c == '[' || c == '{') {
+            if (++depth > maximumDepth) {
+                return i + 1;
+            }
+        } else if (c == ']' || c == '}') {
+            --depth;
+        }
+    }
+    return text.size();
+}
 
 // Builds a value from the parser's events. Containers under construction are kept on a stack of
 // our own, so that depth costs heap and not the caller's stack.
 class Builder final : public nlohmann::json_sax<nlohmann::json> {
   public:
-    explicit Builder(std::string& error) : error_(error) {}
+    Builder(const std::string& text, std::string& error) : text_(text), error_(error) {}
 
     Json take() { return std::move(root_); }
 
@@ -40,14 +74,18 @@ class Builder final : public nlohmann::json_sax<nlohmann::json> {
         return true;
     }
 
-    bool parse_error(std::size_t position, const std::string& lastToken,
+    bool parse_error(std::size_t position, const std::string&,
                      const nlohmann::detail::exception& problem) override {
         // The parser's own text opens with its exception's number, which tells a reader nothing.
         std::string reason = problem.what();
         if (const auto end = reason.find("] "); end != std::string::npos) {
             reason.erase(0, end + 2);
         }
-        error_ = reason + " (byte " + std::to_string(position) + ", near '" + lastToken + "')";
+        if (reason.size() > maximumReason) {
+            reason.resize(maximumReason);
+            reason += "...";
+        }
+        error_ = reason + atByte(position);
         return false;
     }
 
@@ -61,7 +99,8 @@ class Builder final : public nlohmann::json_sax<nlohmann::json> {
 
     bool open(Json::Type type) {
         if (open_.size() == maximumDepth) {
-            error_ = "exceeded maximum nesting depth of " + std::to_string(maximumDepth);
+            error_ = "exceeded maximum nesting depth of " + std::to_string(maximumDepth) +
+                     atByte(positionOfExcessiveDepth(text_));
             return false;
         }
         open_.push_back({type, {}, {}, {}});
@@ -86,6 +125,7 @@ class Builder final : public nlohmann::json_sax<nlohmann::json> {
         return true;
     }
 
+    const std::string& text_;
     std::string& error_;
     std::vector<Container> open_;
     Json root_;
@@ -129,13 +169,6 @@ Json::Json(std::string value) : value_(std::make_shared<const std::string>(std::
 Json::Json(array values) : value_(std::make_shared<const array>(std::move(values))) {}
 
 Json::Json(object values) : value_(std::make_shared<const object>(std::move(values))) {}
-
-Json::Type Json::type() const { return static_cast<Type>(value_.index()); }
-
-double Json::number_value() const {
-    const double* number = std::get_if<double>(&value_);
-    return number != nullptr ? *number : 0.0;
-}
 
 int Json::int_value() const {
     const double number = number_value();
@@ -198,10 +231,23 @@ bool Json::operator==(const Json& other) const {
     return value_ == other.value_;
 }
 
-std::string Json::dump() const { return toNlohmann(*this).dump(); }
+std::string Json::dump() const {
+    // Strings may come from a device's firmware: what is no UTF-8 is replaced, not thrown about.
+    return toNlohmann(*this).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
+}
 
 Json Json::parse(const std::string& text, std::string& error, JsonParse) {
-    Builder builder(error);
+    // Two things the parser lets through: it skips a byte order mark, and it takes a NUL byte for
+    // the end of the text, whatever follows.
+    if (text.starts_with("\xEF\xBB\xBF")) {
+        error = "unexpected byte order mark" + atByte(1);
+        return {};
+    }
+    if (const auto position = text.find('\0'); position != std::string::npos) {
+        error = "unexpected NUL character" + atByte(position + 1);
+        return {};
+    }
+    Builder builder(text, error);
     const bool parsed = nlohmann::json::sax_parse(text, &builder);
     return parsed ? builder.take() : Json();
 }

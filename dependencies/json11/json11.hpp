@@ -34,7 +34,7 @@ class Json final {
     // A pointer would otherwise quietly become a bool.
     Json(void*) = delete;
 
-    Type type() const;
+    Type type() const { return static_cast<Type>(value_.index()); }
     bool is_null() const { return type() == NUL; }
     bool is_number() const { return type() == NUMBER; }
     bool is_bool() const { return type() == BOOL; }
@@ -43,7 +43,10 @@ class Json final {
     bool is_object() const { return type() == OBJECT; }
 
     // The value, or a neutral one (0, false, "", empty) when the type is another.
-    double number_value() const;
+    double number_value() const {
+        const double* number = std::get_if<double>(&value_);
+        return number != nullptr ? *number : 0.0;
+    }
     // Truncated toward zero; a number that no int can hold gives the smallest int.
     int int_value() const;
     bool bool_value() const;
@@ -57,7 +60,7 @@ class Json final {
 
     bool operator==(const Json& other) const;
 
-    // The value as compact JSON text.
+    // The value as compact JSON text. A number that is not finite becomes null.
     std::string dump() const;
 
     // Parses `text` as one strict RFC 8259 document, at most 200 levels deep. On success `error`
