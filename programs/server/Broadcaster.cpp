@@ -1,0 +1,233 @@
+#include "Broadcaster.h"
+
+#include <algorithm>
+#include <cstring>
+#include <utility>
+
+#include <boost/asio/error.hpp>
+#include <boost/asio/post.hpp>
+
+namespace server {
+
+namespace asio = boost::asio;
+using asio::ip::tcp;
+using boost::system::error_code;
+using namespace std::chrono_literals;
+
+namespace {
+
+// One being filled, the newest, two to be filled next, and two that clients may lag behind in
+// before their rest is copied away.
+constexpr std::size_t pooledFrames = 6;
+constexpr std::size_t framesKeptFree = 2;
+
+constexpr std::chrono::nanoseconds shortestTick = 2ms;
+constexpr std::chrono::nanoseconds longestTick = 100ms;
+
+bool same(const QVR::ProtocolHeader& a, const QVR::ProtocolHeader& b) {
+    return std::memcmp(&a, &b, sizeof a) == 0;
+}
+
+} // namespace
+
+Broadcaster::Broadcaster(asio::io_context& context, const BroadcasterSettings& settings,
+                         Report report)
+    : context_(context), settings_(settings), report_(std::move(report)),
+      acceptor_(context, settings.endpoint), timer_(context), acceptPause_(context) {}
+
+std::chrono::nanoseconds Broadcaster::cameraSilence(std::chrono::milliseconds cameraTimeout,
+                                                    std::chrono::nanoseconds framePeriod) {
+    return std::max<std::chrono::nanoseconds>(cameraTimeout, 3 * framePeriod);
+}
+
+void Broadcaster::announce(const QVR::ProtocolHeader& header,
+                           std::chrono::nanoseconds framePeriod) {
+    if (!hasAnnounced_ || !same(header, announced_))
+        pool_ = std::make_shared<FramePool>(FrameLayout(header).frameBytes(), pooledFrames);
+    hasAnnounced_ = true;
+    announced_ = header;
+    asio::post(context_, [this, header, pool = pool_, framePeriod]() mutable {
+        adopt(header, std::move(pool), framePeriod);
+    });
+}
+
+void Broadcaster::publish(FrameRef frame) {
+    asio::post(context_, [this, frame = std::move(frame)]() mutable {
+        feed_.frame = std::move(frame);
+        cameraLost_ = false;
+        idleFrame_.reset();
+        lastFrame_ = Clock::now();
+        distribute();
+    });
+}
+
+void Broadcaster::cameraLost() {
+    asio::post(context_, [this] {
+        cameraLost_ = true;
+        nextIdleFrame_ = Clock::now();
+    });
+}
+
+void Broadcaster::adopt(const QVR::ProtocolHeader& header, std::shared_ptr<FramePool> pool,
+                        std::chrono::nanoseconds framePeriod) {
+    const bool first = networkPool_ == nullptr;
+    framePeriod_ = framePeriod;
+    lastFrame_ = Clock::now();
+    if (pool != networkPool_) {
+        if (!connections_.empty())
+            report_("the images have changed; disconnecting all clients so that they ask anew",
+                    true);
+        for (const auto& connection : connections_) {
+            skippedByFormer_ += connection->skippedFrames();
+            connection->close();
+        }
+        connections_.clear();
+        networkPool_ = std::move(pool);
+        header_ = header;
+        layout_ = FrameLayout(header);
+        idleFrame_.reset();
+        feed_.frame.reset();
+        count();
+    }
+    if (first) {
+        accept();
+        scheduleTick();
+    }
+}
+
+void Broadcaster::accept() {
+    acceptor_.async_accept([this](const error_code& error, tcp::socket socket) {
+        if (error == asio::error::operation_aborted)
+            return;
+        if (!error) {
+            admit(std::move(socket));
+            accept();
+            return;
+        }
+        // Out of descriptors, most likely: the ones in use go on, later clients may have luck.
+        report_("cannot accept a client: " + error.message(), true);
+        acceptPause_.expires_after(200ms);
+        acceptPause_.async_wait([this](const error_code& cancelled) {
+            if (!cancelled)
+                accept();
+        });
+    });
+}
+
+void Broadcaster::admit(tcp::socket socket) {
+    if (connections_.size() >= settings_.maxClients) {
+        ++counters_.refusedClients;
+        report_("a client was refused: all " + std::to_string(settings_.maxClients) +
+                    " places are taken (see --max-clients)",
+                true);
+        return;
+    }
+    auto connection = std::make_shared<Connection>(
+        std::move(socket), feed_,
+        [this](const std::shared_ptr<Connection>& gone) { remove(gone); });
+    connections_.push_back(connection);
+    counters_.abandoned = false;
+    count();
+    report_("client " + connection->peer() + " connected", false);
+    connection->start(header_, layout_.frameBytes());
+}
+
+void Broadcaster::remove(const std::shared_ptr<Connection>& connection) {
+    const auto place = std::find(connections_.begin(), connections_.end(), connection);
+    if (place == connections_.end())
+        return;
+    report_("client " + connection->peer() + " has gone", false);
+    skippedByFormer_ += connection->skippedFrames();
+    connections_.erase(place);
+    counters_.abandoned = connections_.empty();
+    count();
+}
+
+void Broadcaster::distribute() {
+    ++feed_.sequence;
+    for (const auto& connection : connections_)
+        connection->pump();
+    keepFramesFree();
+    count();
+}
+
+// The frame that laggards hold longest goes first; they keep their rest of it themselves.
+void Broadcaster::keepFramesFree() {
+    while (networkPool_->freeCount() < framesKeptFree) {
+        std::uint64_t oldest = feed_.sequence;
+        for (const auto& connection : connections_) {
+            const std::uint64_t used = connection->sharedFrameInUse();
+            if (used != 0)
+                oldest = std::min(oldest, used);
+        }
+        if (oldest == feed_.sequence)
+            return;
+        for (const auto& connection : connections_)
+            if (connection->sharedFrameInUse() == oldest)
+                connection->releaseSharedFrame();
+    }
+}
+
+void Broadcaster::sendIdleFrame() {
+    if (!idleFrame_) {
+        FrameRef frame = networkPool_->acquire();
+        if (!frame)
+            return;
+        const std::span<const std::byte> last =
+            feed_.frame ? std::as_const(*feed_.frame).bytes() : std::span<const std::byte>();
+        layout_.compose({}, last, frame->bytes());
+        layout_.clearTouches(frame->bytes());
+        idleFrame_ = std::move(frame);
+    }
+    feed_.frame = idleFrame_;
+    distribute();
+}
+
+void Broadcaster::scheduleTick() {
+    timer_.expires_after(std::clamp(framePeriod_, shortestTick, longestTick));
+    timer_.async_wait([this](const error_code& cancelled) {
+        if (!cancelled)
+            tick();
+    });
+}
+
+void Broadcaster::tick() {
+    const Clock::time_point now = Clock::now();
+    const auto silence = cameraSilence(settings_.cameraTimeout, framePeriod_);
+    if (!cameraLost_ && now - lastFrame_ > silence) {
+        cameraLost_ = true;
+        nextIdleFrame_ = now;
+    }
+    if (cameraLost_ && now >= nextIdleFrame_) {
+        nextIdleFrame_ = std::max(nextIdleFrame_ + framePeriod_, now);
+        sendIdleFrame();
+    }
+    dropStalled(now);
+    scheduleTick();
+}
+
+void Broadcaster::dropStalled(Clock::time_point now) {
+    const auto stalled = [&](const std::shared_ptr<Connection>& connection) {
+        if (connection->stalledFor(now) < settings_.clientTimeout)
+            return false;
+        ++counters_.droppedClients;
+        report_("client " + connection->peer() + " has stopped reading and is dropped", true);
+        skippedByFormer_ += connection->skippedFrames();
+        connection->close();
+        return true;
+    };
+    if (std::erase_if(connections_, stalled) == 0)
+        return;
+    counters_.abandoned = connections_.empty();
+    count();
+}
+
+void Broadcaster::count() {
+    std::uint64_t skipped = skippedByFormer_;
+    for (const auto& connection : connections_)
+        skipped += connection->skippedFrames();
+    counters_.skippedFrames = skipped;
+    counters_.clients = connections_.size();
+}
+
+} // namespace server

@@ -1,0 +1,159 @@
+#include "CameraLoop.h"
+
+#include "Broadcaster.h"
+#include "CameraSource.h"
+#include "ServerError.h"
+#include "ServerLog.h"
+#include "StopRequest.h"
+#include "TouchLog.h"
+#include "camera/cameraManager.h"
+#include "detection/touchManager.h"
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstdio>
+#include <span>
+#include <utility>
+
+namespace server {
+
+using namespace std::chrono_literals;
+using QVR::cameraManager;
+
+namespace {
+
+constexpr std::chrono::nanoseconds firstRetryDelay = 250ms;
+constexpr std::chrono::nanoseconds longestRetryDelay = 5s;
+
+std::string seconds(std::chrono::duration<double> duration) {
+    std::array<char, 32> text;
+    std::snprintf(text.data(), text.size(), "%.1f s", duration.count());
+    return text.data();
+}
+
+} // namespace
+
+CameraLoop::CameraLoop(const Options& options, const StopRequest& stop, TouchLog* touchLog)
+    : options_(options), stop_(stop), touchLog_(touchLog), status_(options.statsInterval),
+      started_(Clock::now()), lastGood_(started_) {}
+
+void CameraLoop::open() {
+    session_.emplace(options_);
+}
+
+void CameraLoop::announce(Broadcaster& broadcaster) {
+    const FrameLayout layout(session_->header());
+    if (layout.frameBytes() != layout_.frameBytes())
+        previous_.reset();
+    layout_ = layout;
+    broadcaster.announce(session_->header(), session_->framePeriod());
+}
+
+void CameraLoop::run(Broadcaster& broadcaster) {
+    started_ = lastGood_ = Clock::now();
+    announce(broadcaster);
+    const std::chrono::nanoseconds framePeriod = session_->framePeriod();
+    const std::chrono::nanoseconds silence = Broadcaster::cameraSilence(cameraTimeout, framePeriod);
+    while (!finished(broadcaster)) {
+        QVR::networkFrameData parts;
+        if (cameraManager::update(parts) == 0) {
+            takeFrame(broadcaster, parts);
+        } else if (Clock::now() - lastGood_ >= silence) {
+            recover(broadcaster);
+        } else {
+            // One bad frame is no lost camera: hosts get the last images and touches again. The
+            // images at hand may be the very ones whose size was found wrong.
+            parts.color = nullptr;
+            parts.depth = nullptr;
+            publish(broadcaster, parts);
+            stop_.waitFor(framePeriod);
+        }
+        status_.printWhenDue(broadcaster.counters());
+    }
+}
+
+void CameraLoop::takeFrame(Broadcaster& broadcaster, const QVR::networkFrameData& parts) {
+    lastGood_ = Clock::now();
+    publish(broadcaster, parts);
+    const QVR::NetworkTouch* records = parts.touches;
+    if (records == nullptr)
+        cameraManager::get()->touches->getTouches(&records);
+    if (touchLog_ != nullptr)
+        logTouches(records);
+    status_.countFrame(records);
+    ++frames_;
+}
+
+void CameraLoop::publish(Broadcaster& broadcaster, const QVR::networkFrameData& parts) {
+    FrameRef frame = broadcaster.acquire();
+    if (!frame) {
+        status_.countLeftOut();
+        return;
+    }
+    const std::span<const std::byte> previous =
+        previous_ ? std::as_const(*previous_).bytes() : std::span<const std::byte>();
+    layout_.compose(parts, previous, frame->bytes());
+    previous_ = frame;
+    broadcaster.publish(std::move(frame));
+}
+
+void CameraLoop::logTouches(const QVR::NetworkTouch* records) {
+    touchLog_->write(frames_, std::chrono::duration<double>(lastGood_ - started_).count(), records,
+                     *cameraManager::get()->touches, currentSceneTruth());
+}
+
+void CameraLoop::recover(Broadcaster& broadcaster) {
+    ServerLog::notice("WARNING: the camera is lost (no good frame for " +
+                      seconds(Clock::now() - lastGood_) +
+                      "); clients stay connected while it is tried again");
+    broadcaster.cameraLost();
+    ServerLog::setPipelineQuiet(true);
+    std::chrono::nanoseconds delay = firstRetryDelay;
+    QVR::networkFrameData parts;
+    bool back = false;
+    while (!back && pause(broadcaster, delay)) {
+        back = reopen(parts);
+        delay = std::min(2 * delay, longestRetryDelay);
+    }
+    ServerLog::setPipelineQuiet(false);
+    if (!back)
+        return;
+    ServerLog::notice("the camera is back after " + seconds(Clock::now() - lastGood_));
+    announce(broadcaster);
+    takeFrame(broadcaster, parts);
+}
+
+// A camera is back when it delivers, not when it opens. Everything is made anew: only a new
+// context sees a camera that was unplugged.
+bool CameraLoop::reopen(QVR::networkFrameData& parts) {
+    session_.reset();
+    try {
+        session_.emplace(options_);
+    } catch (const ServerError& error) {
+        ServerLog::detail(error.what());
+        return false;
+    }
+    return cameraManager::update(parts) == 0;
+}
+
+// False when the server is to end. In slices, for a client's leaving wakes nobody.
+bool CameraLoop::pause(const Broadcaster& broadcaster, std::chrono::nanoseconds duration) const {
+    const Clock::time_point end = Clock::now() + duration;
+    while (!finished(broadcaster)) {
+        const std::chrono::nanoseconds left = end - Clock::now();
+        if (left <= 0ns)
+            return true;
+        stop_.waitFor(std::min<std::chrono::nanoseconds>(left, 50ms));
+    }
+    return false;
+}
+
+bool CameraLoop::finished(const Broadcaster& broadcaster) const {
+    if (stop_.requested() || (options_.frames && frames_ >= *options_.frames))
+        return true;
+    return cameraManager::serverAutoClose && !options_.keepRunning &&
+           broadcaster.counters().abandoned;
+}
+
+} // namespace server

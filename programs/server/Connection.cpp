@@ -1,0 +1,155 @@
+#include "Connection.h"
+
+#include <algorithm>
+#include <sstream>
+#include <utility>
+
+#include <boost/asio/buffer.hpp>
+#include <boost/asio/error.hpp>
+#include <boost/asio/post.hpp>
+#include <netinet/in.h>
+#include <netinet/tcp.h>
+#include <sys/socket.h>
+
+namespace server {
+
+namespace asio = boost::asio;
+using boost::system::error_code;
+
+namespace {
+
+std::string describe(const Connection::Socket& socket) {
+    error_code error;
+    const auto endpoint = socket.remote_endpoint(error);
+    if (error)
+        return "unknown";
+    std::ostringstream text;
+    text << endpoint;
+    return text.str();
+}
+
+// Frames are to wait here, where they can still be skipped, rather than in the system's send
+// queue, which would take seconds of small frames. A quarter of a frame in advance keeps the
+// line busy. Best effort: without it frames are older, not wrong.
+void limitSendQueue(Connection::Socket& socket, std::size_t frameBytes) {
+    constexpr std::size_t smallest = 4096;
+    constexpr std::size_t largest = 256 * 1024;
+    const int unsent = static_cast<int>(std::clamp(frameBytes / 4, smallest, largest));
+    ::setsockopt(socket.native_handle(), IPPROTO_TCP, TCP_NOTSENT_LOWAT, &unsent, sizeof unsent);
+}
+
+} // namespace
+
+Connection::Connection(Socket socket, const FrameFeed& feed, GoneHandler gone)
+    : socket_(std::move(socket)), feed_(feed), gone_(std::move(gone)), peer_(describe(socket_)),
+      lastProgress_(Clock::now()) {}
+
+void Connection::start(const QVR::ProtocolHeader& header, std::size_t frameBytes) {
+    error_code error;
+    socket_.non_blocking(true, error);
+    if (error) {
+        fail();
+        return;
+    }
+    // Best effort, as above; a socket that is no longer connected shows at the first send.
+    socket_.set_option(asio::ip::tcp::no_delay(true), error);
+    socket_.set_option(asio::socket_base::keep_alive(true), error);
+    limitSendQueue(socket_, frameBytes);
+
+    frameBytes_ = frameBytes;
+    header_ = header;
+    pending_ = std::as_bytes(std::span(&header_, 1));
+    lastProgress_ = Clock::now();
+    watchForClosing();
+    pump();
+}
+
+void Connection::pump() {
+    while (!closed_ && !waiting_) {
+        if (pending_.empty() && !takeNewest())
+            return;
+        error_code error;
+        const std::size_t sent =
+            socket_.write_some(asio::buffer(pending_.data(), pending_.size()), error);
+        if (error == asio::error::would_block || error == asio::error::try_again) {
+            waitUntilWritable();
+            return;
+        }
+        if (error && error != asio::error::interrupted) {
+            fail();
+            return;
+        }
+        if (sent != 0)
+            lastProgress_ = Clock::now();
+        pending_ = pending_.subspan(sent);
+        if (pending_.empty())
+            shared_.reset();
+    }
+}
+
+bool Connection::takeNewest() {
+    if (!feed_.frame || feed_.sequence == sequence_ || frameBytes_ == 0)
+        return false;
+    if (sequence_ != 0)
+        skipped_ += feed_.sequence - sequence_ - 1;
+    sequence_ = feed_.sequence;
+    shared_ = feed_.frame;
+    pending_ = std::as_const(*shared_).bytes();
+    lastProgress_ = Clock::now();
+    return true;
+}
+
+void Connection::releaseSharedFrame() {
+    own_.reserve(frameBytes_);
+    own_.assign(pending_.begin(), pending_.end());
+    pending_ = own_;
+    shared_.reset();
+}
+
+Connection::Clock::duration Connection::stalledFor(Clock::time_point now) const {
+    return pending_.empty() ? Clock::duration::zero() : now - lastProgress_;
+}
+
+void Connection::waitUntilWritable() {
+    waiting_ = true;
+    socket_.async_wait(Socket::wait_write, [self = shared_from_this()](const error_code& error) {
+        self->waiting_ = false;
+        if (self->closed_)
+            return;
+        if (error)
+            self->fail();
+        else
+            self->pump();
+    });
+}
+
+// Clients have nothing to say; reading is how their leaving is noticed at once.
+void Connection::watchForClosing() {
+    socket_.async_read_some(asio::buffer(received_),
+                            [self = shared_from_this()](const error_code& error, std::size_t) {
+                                if (self->closed_)
+                                    return;
+                                if (error)
+                                    self->fail();
+                                else
+                                    self->watchForClosing();
+                            });
+}
+
+void Connection::close() {
+    closed_ = true;
+    pending_ = {};
+    shared_.reset();
+    error_code ignored;
+    socket_.close(ignored);
+}
+
+// The handler runs later: the owner may be going through its connections right now.
+void Connection::fail() {
+    if (closed_)
+        return;
+    close();
+    asio::post(socket_.get_executor(), [self = shared_from_this()] { self->gone_(self); });
+}
+
+} // namespace server

@@ -1,0 +1,150 @@
+#include "Options.h"
+
+#include "ServerError.h"
+
+#include <cstddef>
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+
+#include <CLI/CLI.hpp>
+#include <boost/asio/ip/address.hpp>
+
+namespace server {
+
+namespace {
+
+constexpr const char* description =
+    "Opens the depth camera, finds touches on the display and streams them, with the camera's\n"
+    "images, to every host that connects.";
+
+constexpr const char* footer =
+    R"(A switch that is not given is as the calibration document "touch.json" has it.
+Its folder QVR_calibration is looked for at the root of every mounted volume; on Linux in the
+colon-separated folders of the variable QVR_VOLUMES first.
+
+Exit codes:
+  0  ended as asked: by a signal, --frames, or the last client's leaving
+  1  an unexpected failure
+  2  a bad option
+  3  the address or port cannot be had
+  4  no camera, or it does not start
+  5  "touch.json" cannot be used
+  6  a camera source (--camera or QVR_CAMERA) that does not exist or cannot be used)";
+
+// "--name" and "--no-name", of which the last one counts; neither leaves `value` empty.
+void addSwitch(CLI::App& app, const std::string& name, std::optional<bool>& value,
+               const std::string& help) {
+    app.add_flag_function(
+           "--" + name + ",!--no-" + name, [&value](std::int64_t count) { value = count > 0; },
+           help)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
+}
+
+// Leaves out what the library adds to the names of negative flags.
+class Formatter : public CLI::Formatter {
+  public:
+    std::string make_option_name(const CLI::Option* option, bool positional) const override {
+        std::string name = CLI::Formatter::make_option_name(option, positional);
+        const std::string addition = "{false}";
+        if (const std::size_t place = name.find(addition); place != std::string::npos)
+            name.erase(place, addition.size());
+        return name;
+    }
+};
+
+// Nothing is shown of it in the help.
+CLI::Validator between(double smallest, double largest, const std::string& problem) {
+    return CLI::Validator(
+        [smallest, largest, problem](const std::string& text) {
+            char* end = nullptr;
+            const double value = std::strtod(text.c_str(), &end);
+            const bool good =
+                end != text.c_str() && *end == '\0' && value >= smallest && value <= largest;
+            return good ? std::string() : "'" + text + "' is not " + problem;
+        },
+        "");
+}
+
+CLI::Validator secondsOption() {
+    return between(0.001, 86400.0, "a time of 0.001 to 86400 seconds");
+}
+
+std::string addressProblem(const std::string& text) {
+    boost::system::error_code error;
+    boost::asio::ip::make_address(text, error);
+    return error ? "'" + text + "' is no IP address; try 127.0.0.1, or 0.0.0.0 for every network"
+                 : "";
+}
+
+} // namespace
+
+std::optional<Options> parseOptions(int argc, const char* const* argv) {
+    Options options;
+    double stats = 0.0;
+    double clientTimeout = 10.0;
+
+    CLI::App app(description, "qvr-server");
+    app.formatter(std::make_shared<Formatter>());
+    app.footer(footer);
+    app.set_version_flag("--version", "qvr-server " QVR_VERSION);
+    app.add_option("--camera", options.camera,
+                   "Camera source: simulated, images:DIR, ... (default: the variable QVR_CAMERA, "
+                   "else a connected camera)")
+        ->type_name("URI");
+    app.add_option("--port", options.port,
+                   "TCP port; 0 lets the system choose (default: the document's, else 27016)")
+        ->type_name("N")
+        ->check(between(0.0, 65535.0, "a port from 0 to 65535"));
+    app.add_option("--bind", options.bindAddress,
+                   "Address to listen on (default: 127.0.0.1). Whoever can reach it sees the "
+                   "pictures of the camera")
+        ->type_name("ADDR")
+        ->check(CLI::Validator(addressProblem, ""));
+    app.add_flag("--keep-running", options.keepRunning,
+                 "Stay when the last client has gone, whatever the document says");
+    addSwitch(app, "color", options.color, "Send the colour image");
+    addSwitch(app, "depth", options.depth, "Send the depth image");
+    addSwitch(app, "processed", options.processed, "Send the detection's mask");
+    addSwitch(app, "touch", options.touch, "Send touches");
+    app.add_flag("--raw-touches", options.rawTouches,
+                 "Send touches in camera space (pixels and depth units), not calibrated");
+    app.add_option("--frames", options.frames, "End after N camera frames")
+        ->type_name("N")
+        ->check(between(1.0, 9e15, "a number of frames from 1"));
+    const auto* statsOption =
+        app.add_option("--stats", stats, "Print frame rate, clients and touches every so often")
+            ->type_name("SECONDS")
+            ->check(secondsOption());
+    app.add_flag("--verbose", options.verbose, "Show every message of the pipeline");
+    app.add_option("--touch-log", options.touchLog,
+                   "Write the touches of every camera frame to FILE, one JSON object a line")
+        ->type_name("FILE");
+    app.add_option("--client-timeout", clientTimeout,
+                   "Drop a client that takes nothing for so long (default: 10)")
+        ->type_name("SECONDS")
+        ->check(secondsOption());
+    app.add_option("--max-clients", options.maxClients,
+                   "Clients at a time; more are refused (default: 16)")
+        ->type_name("N")
+        ->check(between(1.0, 1000.0, "a number of clients from 1 to 1000"));
+
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::Success& success) {
+        app.exit(success);
+        std::fflush(stdout);
+        return std::nullopt;
+    } catch (const CLI::ParseError& error) {
+        throw ServerError(exitBadOption,
+                          std::string(error.what()) + "\nqvr-server --help lists the options.");
+    }
+
+    if (statsOption->count() != 0)
+        options.statsInterval = std::chrono::duration<double>(stats);
+    options.clientTimeout = std::chrono::milliseconds(
+        static_cast<std::chrono::milliseconds::rep>(clientTimeout * 1000.0));
+    return options;
+}
+
+} // namespace server

@@ -1,0 +1,102 @@
+#include "ServerLog.h"
+
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <chrono>
+#include <cstddef>
+#include <cstdio>
+#include <mutex>
+
+namespace server {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+std::atomic<bool> verboseLog{false};
+std::atomic<bool> pipelineQuiet{false};
+std::mutex outputMutex;
+
+// How messages begin that a user has to know about.
+constexpr std::array<std::string_view, 17> importantBeginnings = {
+    "WARNING",
+    "Warning",
+    "ERROR",
+    "Error",
+    "RealSense error",
+    "No depth cam found",
+    "LibRealSense returned",
+    "Hardware camera",
+    "Caught exception",
+    "Failed to",
+    "Using device",
+    "Using calibration file",
+    "Using projection map file",
+    "Could not read data from",
+    "Something went wrong",
+    "cameraManager::internalUpdate() e:",
+    "Camera ",
+};
+
+// A setting that is wrong in every frame would fill the terminal sixty times a second.
+class RepetitionFilter {
+  public:
+    bool isNew(const std::string& message, Clock::time_point now) {
+        const auto known = std::find_if(recent_.begin(), recent_.end(),
+                                        [&](const Entry& entry) { return entry.text == message; });
+        if (known != recent_.end() && now - known->shown < std::chrono::seconds(10))
+            return false;
+        Entry& entry = known != recent_.end() ? *known : recent_[next_++ % recent_.size()];
+        entry = {message, now};
+        return true;
+    }
+
+  private:
+    struct Entry {
+        std::string text;
+        Clock::time_point shown;
+    };
+    std::array<Entry, 32> recent_;
+    std::size_t next_ = 0;
+};
+
+void print(const std::string& text) {
+    std::fprintf(stderr, "%s\n", text.c_str());
+}
+
+} // namespace
+
+void ServerLog::setVerbose(bool verbose) {
+    verboseLog = verbose;
+}
+
+void ServerLog::notice(const std::string& text) {
+    const std::lock_guard lock(outputMutex);
+    print("qvr-server: " + text);
+}
+
+void ServerLog::detail(const std::string& text) {
+    if (verboseLog)
+        notice(text);
+}
+
+void ServerLog::setPipelineQuiet(bool quiet) {
+    pipelineQuiet = quiet;
+}
+
+void ServerLog::receivePipelineMessage(const char* message) {
+    if (!verboseLog && (pipelineQuiet || !isImportant(message)))
+        return;
+    static RepetitionFilter repetitions;
+    const std::lock_guard lock(outputMutex);
+    if (verboseLog || repetitions.isNew(message, Clock::now()))
+        print(message);
+}
+
+bool ServerLog::isImportant(std::string_view message) {
+    return std::any_of(importantBeginnings.begin(), importantBeginnings.end(),
+                       [&](std::string_view beginning) { return message.starts_with(beginning); });
+}
+
+} // namespace server
