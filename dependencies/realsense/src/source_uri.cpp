@@ -1,6 +1,7 @@
 #include "source_uri.h"
 
 #include "images/image_folder_source.h"
+#include "simulated/simulated_source.h"
 #include "stream_device.h"
 
 #include <algorithm>
@@ -63,11 +64,14 @@ SourceOptions parseSourceUri(std::string_view uri) {
 
 std::unique_ptr<FrameSource> makeSource(const std::string& uri) {
     const SourceOptions options = parseSourceUri(uri);
+    if (options.scheme() == "simulated") {
+        return makeSimulatedSource(options);
+    }
     if (options.scheme() == "images") {
         return std::make_unique<ImageFolderSource>(options);
     }
     throw std::runtime_error("unknown camera source \"" + options.scheme() +
-                             "\"; accepted: images:DIR");
+                             "\"; accepted: simulated, images:DIR");
 }
 
 std::vector<std::unique_ptr<Device>> defaultDevices() {
