@@ -20,6 +20,22 @@ bool ClientManager::debugLogging = false;
 bool ClientManager::convertImageBuffersTo8bit4channel = true;
 bool ClientManager::ranSocketsInit = false;
 
+namespace {
+
+// The host's log callback may throw, which would end the program in a destructor.
+void logWhileDestroying(const char* message) noexcept {
+    if (!ClientManager::debugLogging) {
+        return;
+    }
+    try {
+        Logger::Log(message);
+    } catch (...) {
+        return;
+    }
+}
+
+} // namespace
+
 void ClientManager::Init() {
     if (debugLogging) {
         Logger::Log("Client manager Init...");
@@ -107,9 +123,7 @@ ClientManager::ClientManager(const std::string& serverIp, const std::string& ser
 }
 
 ClientManager::~ClientManager() {
-    if (debugLogging) {
-        Logger::Log("Client starting destructor...");
-    }
+    logWhileDestroying("Client starting destructor...");
     touchBytes_.reset();
     colorBytes_.reset();
     depthValues_.reset();
@@ -118,9 +132,7 @@ ClientManager::~ClientManager() {
     downsampler_.reset();
     closeClient();
     NetworkClient::freeClient(networkClient);
-    if (debugLogging) {
-        Logger::Log("Client destructor done.");
-    }
+    logWhileDestroying("Client destructor done.");
 }
 
 bool ClientManager::isConnected() {
