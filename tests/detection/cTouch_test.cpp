@@ -1,3 +1,4 @@
+#include "camera/cameraManager.h"
 #include "detection/cTouch.h"
 
 #include <gtest/gtest.h>
@@ -59,6 +60,18 @@ TEST(Touch, SmoothingIsComputedInDoublePrecision) {
     touch.setCurrentPosition(0.0f, 0.0f, 0.0f);
     expectPosition(touch.lerpedPos, smoothed(0.1f, 16777216.0f), smoothed(0.3f, 333.3f),
                    smoothed(7.7f, 1000.1f));
+}
+
+TEST(Touch, SmoothingFollowsTheCameraManagersSetting) {
+    const float before = QVR::cameraManager::touchLerp;
+    QVR::cameraManager::touchLerp = 0.25f;
+    cTouch touch;
+    touch.confidence = 1;
+    touch.lerpedPos = {100.0f, 100.0f, 100.0f};
+    touch.currentPos = {200.0f, 300.0f, 500.0f};
+    touch.setCurrentPosition(0.0f, 0.0f, 0.0f);
+    QVR::cameraManager::touchLerp = before;
+    expectPosition(touch.lerpedPos, 125.0f, 150.0f, 200.0f);
 }
 
 TEST(Touch, DistanceIsSquaredAndIgnoresDepth) {
