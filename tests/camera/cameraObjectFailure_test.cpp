@@ -1,44 +1,19 @@
 // A camera object that cannot be created, which only a failing allocation can bring about.
+#include "camera/FailingAllocation.h"
 #include "camera/ManagerFixture.h"
 #include "camera/hardwareCamera.h"
-
-#include <cstdlib>
-#include <new>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 namespace {
 
-std::size_t sizeToRefuse = 0;
-
-} // namespace
-
-void* operator new(std::size_t size) {
-    if (size == sizeToRefuse) {
-        sizeToRefuse = 0;
-        throw std::bad_alloc();
-    }
-    if (void* memory = std::malloc(size == 0 ? 1 : size)) {
-        return memory;
-    }
-    throw std::bad_alloc();
-}
-void operator delete(void* memory) noexcept {
-    std::free(memory);
-}
-void operator delete(void* memory, std::size_t) noexcept {
-    std::free(memory);
-}
-
-namespace {
-
 class CameraObjectFailure : public support::ManagerFixture {};
 
 TEST_F(CameraObjectFailure, SetUpContinuesWithoutACamera) {
-    sizeToRefuse = sizeof(QVR::hardwareCamera);
+    support::refuseNextAllocationOf(sizeof(QVR::hardwareCamera));
     QVR::cameraManager::init();
-    EXPECT_EQ(sizeToRefuse, 0U);
+    EXPECT_FALSE(support::allocationRefusalPending());
     ASSERT_NE(QVR::cameraManager::get(), nullptr);
     EXPECT_THAT(
         log.messages(),
