@@ -10,6 +10,7 @@
 #include <cmath>
 #include <cstdio>
 #include <filesystem>
+#include <iterator>
 
 namespace host {
 
@@ -20,8 +21,10 @@ using programs::ColorImage;
 
 constexpr float enlargement = 2;
 constexpr float smallestOutline = 6; // pixels; less is noise
-constexpr float circleRadius = 17;
+constexpr float circleRadius = 15;
+constexpr float numberHeight = 14;
 constexpr float labelHeight = 12;
+constexpr float labelMargin = 10;
 
 constexpr Color outlineColor = {120, 255, 214};
 constexpr Color labelColor = {12, 16, 28};
@@ -100,27 +103,74 @@ std::string positionText(const Touch& touch) {
     return text;
 }
 
-void drawTouch(Canvas& canvas, const PlacedTouch& placed, const ColorImage& image) {
-    const Point center = {(placed.column + 0.5f) * enlargement, (placed.row + 0.5f) * enlargement};
-    const Color color = slotColor(placed.touch.slot);
+struct Box {
+    float left = 0;
+    float top = 0;
+    float width = 0;
+    float height = 0;
 
-    const std::string text = positionText(placed.touch);
-    const float width = Canvas::textWidth(text, labelHeight) + 20;
-    const float height = labelHeight + 14;
-    // Beside the circle, on the side where there is room.
-    const bool roomAtRight = center.x + circleRadius + 10 + width < static_cast<float>(image.width);
-    const float left =
-        roomAtRight ? center.x + circleRadius + 8 : center.x - circleRadius - 8 - width;
-    const float top = center.y - height / 2;
-    canvas.roundedBox({left, top}, {left + width, top + height}, height / 2, labelColor, 0.78f);
-    canvas.text(text, {left + 10, top + 7}, labelHeight, 1.7f, textColor);
+    bool overlaps(const Box& other) const {
+        return left < other.left + other.width && other.left < left + width &&
+               top < other.top + other.height && other.top < top + height;
+    }
+};
 
-    canvas.disc(center, circleRadius, color, 0.92f);
-    canvas.ring(center, circleRadius, 3, textColor);
-    const std::string number = std::to_string(placed.touch.slot);
-    const float digits = 16;
-    canvas.text(number, {center.x - Canvas::textWidth(number, digits) / 2, center.y - digits / 2},
-                digits, 2.6f, textColor);
+Box boxOfCircle(Point center) {
+    const float reach = circleRadius + 3;
+    return {center.x - reach, center.y - reach, 2 * reach, 2 * reach};
+}
+
+// Beside the circle where it hides nothing: right, left, below, above; else right or left, inside
+// the picture.
+Box boxOfLabel(Point center, float width, float height, const std::vector<Box>& taken,
+               const ColorImage& image) {
+    const Box picture = {0, 0, static_cast<float>(image.width), static_cast<float>(image.height)};
+    const float away = circleRadius + 7;
+    const Box right = {center.x + away, center.y - height / 2, width, height};
+    const Box left = {center.x - away - width, center.y - height / 2, width, height};
+    const Box below = {center.x - width / 2, center.y + away, width, height};
+    const Box above = {center.x - width / 2, center.y - away - height, width, height};
+    const auto inside = [&](const Box& box) {
+        return box.left >= 0 && box.top >= 0 && box.left + box.width <= picture.width &&
+               box.top + box.height <= picture.height;
+    };
+    for (const Box& box : {right, left, below, above}) {
+        if (inside(box) && std::none_of(taken.begin(), taken.end(),
+                                        [&](const Box& other) { return box.overlaps(other); })) {
+            return box;
+        }
+    }
+    return inside(right) ? right : left;
+}
+
+void drawTouches(Canvas& canvas, const std::vector<PlacedTouch>& touches, const ColorImage& image) {
+    const auto centerOf = [](const PlacedTouch& placed) {
+        return Point{(placed.column + 0.5f) * enlargement, (placed.row + 0.5f) * enlargement};
+    };
+    std::vector<Box> taken;
+    for (const PlacedTouch& placed : touches) {
+        taken.push_back(boxOfCircle(centerOf(placed)));
+    }
+    for (const PlacedTouch& placed : touches) {
+        const std::string text = positionText(placed.touch);
+        const Box box =
+            boxOfLabel(centerOf(placed), Canvas::textWidth(text, labelHeight) + 2 * labelMargin,
+                       labelHeight + 14, taken, image);
+        taken.push_back(box);
+        canvas.roundedBox({box.left, box.top}, {box.left + box.width, box.top + box.height},
+                          box.height / 2, labelColor, 0.78f);
+        canvas.text(text, {box.left + labelMargin, box.top + 7}, labelHeight, 1.7f, textColor);
+    }
+    for (const PlacedTouch& placed : touches) {
+        const Point center = centerOf(placed);
+        canvas.disc(center, circleRadius, slotColor(placed.touch.slot), 0.9f);
+        canvas.ring(center, circleRadius, 3, textColor);
+        const std::string number = std::to_string(placed.touch.slot);
+        canvas.text(
+            number,
+            {center.x - Canvas::textWidth(number, numberHeight) / 2, center.y - numberHeight / 2},
+            numberHeight, 2.6f, textColor);
+    }
 }
 
 std::string pathOf(const std::string& folder, const char* name) {
@@ -150,11 +200,10 @@ ColorImage Pictures::compose(const Snapshot& snapshot) {
     dim(image);
     Canvas canvas(image);
     drawOutlines(canvas, snapshot.processed);
-    for (const PlacedTouch& placed : snapshot.touches) {
-        if (placed.placed) {
-            drawTouch(canvas, placed, image);
-        }
-    }
+    std::vector<PlacedTouch> placed;
+    std::copy_if(snapshot.touches.begin(), snapshot.touches.end(), std::back_inserter(placed),
+                 [](const PlacedTouch& touch) { return touch.placed; });
+    drawTouches(canvas, placed, image);
     return image;
 }
 

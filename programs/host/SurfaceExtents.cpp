@@ -18,12 +18,15 @@ double roundUp(double value) {
     return 10.0 * power;
 }
 
+// The display goes on beyond a touch: grow further than it asks for, and not at every step.
+constexpr double spare = 1.2;
+
 // Widens one axis to hold `value`; both ends are 0 or round.
 void widen(double& low, double& high, double value) {
     if (value > high) {
-        high = roundUp(value);
+        high = roundUp(value * spare);
     } else if (value < low) {
-        low = -roundUp(-value);
+        low = -roundUp(-value * spare);
     }
 }
 
@@ -61,13 +64,8 @@ void SurfaceExtents::see(double x, double y) {
         return;
     }
     if (!learned_) {
-        // Touches far from the depth picture's pixels are in another unit: start from them.
-        const bool pixels = x >= extents_.left && x <= extents_.right && y >= extents_.top &&
-                            y <= extents_.bottom && (x > 2.0 || y > 2.0);
-        if (!pixels) {
-            extents_ = {0, 0, 0, 0};
-        }
         learned_ = true;
+        extents_ = {0, 0, 0, 0};
     }
     widen(extents_.left, extents_.right, x);
     widen(extents_.top, extents_.bottom, y);

@@ -110,27 +110,33 @@ void TerminalView::drawStatus(const HostState& state) {
     const int columns = screen_->columns();
     screen_->text(0, 0, std::string(static_cast<std::size_t>(columns), ' '), Ink::bar);
     std::string left = " QVR touch   ";
-    std::string right;
     switch (state.connection) {
     case Connection::waiting:
         left += "waiting for a server";
         break;
     case Connection::connected:
         left += "connected to " + state.server;
-        right += format("%.1f frames/s   ", state.frameRate);
         break;
     case Connection::lost:
         left += "connection lost";
         break;
     }
-    if (state.frames > 0) {
-        right += "last frame " + ageText(state.now - state.lastFrame) + " ago   ";
-    }
-    right += std::to_string(state.live.size()) + (state.live.size() == 1 ? " touch " : " touches ");
+    const std::string touches =
+        std::to_string(state.live.size()) + (state.live.size() == 1 ? " touch " : " touches ");
+    const std::string rate = state.connection == Connection::connected
+                                 ? format("%.1f frames/s   ", state.frameRate)
+                                 : std::string();
+    const std::string age = state.frames > 0
+                                ? "last frame " + ageText(state.now - state.lastFrame) + " ago   "
+                                : std::string();
     screen_->text(0, 0, left, Ink::bar);
-    const int start = columns - static_cast<int>(right.size());
-    if (start > static_cast<int>(left.size())) {
-        screen_->text(0, start, right, Ink::bar);
+    // As much as fits, the most important last to go.
+    for (const std::string& right : {rate + age + touches, rate + touches, touches}) {
+        const int start = columns - static_cast<int>(right.size());
+        if (start > static_cast<int>(left.size()) + 1) {
+            screen_->text(0, start, right, Ink::bar);
+            return;
+        }
     }
 }
 

@@ -1,0 +1,38 @@
+// The command line of qvr-demo.
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <string>
+
+namespace demo {
+
+enum ExitCode {
+    exitFine = 0,
+    exitFailed = 1,
+    exitBadOption = 2,
+};
+
+struct Options {
+    std::string camera = "simulated";
+    double seconds = 6;
+    double tolerance = 5; // millimetres
+    std::filesystem::path examples;
+    std::filesystem::path pictures;
+    std::filesystem::path server;
+    std::filesystem::path host;
+    std::string plugin; // empty: the one that the host finds by itself
+    bool verbose = false;
+};
+
+// Fills in `options`, with defaults that depend on where the program lies. Returns the exit code
+// when the program has nothing more to do.
+std::optional<int> parseOptions(int argc, char** argv, const std::filesystem::path& programFolder,
+                                Options& options);
+
+// The example settings for a camera source: in the source tree above a build tree, or in the share
+// folder of an installation. Where none are found, where they would be installed.
+std::filesystem::path examplesFor(const std::string& camera,
+                                  const std::filesystem::path& programFolder);
+
+} // namespace demo
