@@ -12,7 +12,6 @@
 namespace camera {
 namespace {
 
-constexpr std::size_t memoryBound = std::size_t{256} * 1024 * 1024;
 constexpr std::string_view colorPrefix = "color_";
 constexpr std::string_view depthPrefix = "depth_";
 
@@ -33,11 +32,11 @@ std::string commonName(const std::filesystem::path& file, std::string_view prefi
 
 } // namespace
 
-ImageFolder::ImageFolder(const std::filesystem::path& folder) {
+ImageFolder::ImageFolder(const std::filesystem::path& folder, std::size_t memoryBound) {
     findFiles(folder);
     checkHeaders();
     pairColors();
-    keepInMemory();
+    keepInMemory(memoryBound);
 }
 
 std::optional<ImageSize> ImageFolder::colorSize() const {
@@ -137,7 +136,7 @@ void ImageFolder::pairColors() {
     }
 }
 
-void ImageFolder::keepInMemory() {
+void ImageFolder::keepInMemory(std::size_t memoryBound) {
     std::size_t bytes = frames_.size() * pixelCount(depthSize_) * sizeof(std::uint16_t);
     for (const ColorFile& color : colors_) {
         bytes += pixelCount(color.size) * 3;

@@ -17,9 +17,13 @@ namespace camera {
 // has such a picture, else the colour picture at its place in name order, over and over.
 class ImageFolder {
   public:
-    // Checks every file and, as far as all fit into memory well, reads them. Throws
-    // std::runtime_error naming the folder or file and what is needed.
-    explicit ImageFolder(const std::filesystem::path& folder);
+    static constexpr std::size_t usualMemoryBound = std::size_t{256} * 1024 * 1024;
+
+    // Checks every file and reads them all when they take no more bytes than `memoryBound`; else
+    // a picture is read each time it is shown. Throws std::runtime_error naming the folder or
+    // file and what is needed.
+    explicit ImageFolder(const std::filesystem::path& folder,
+                         std::size_t memoryBound = usualMemoryBound);
 
     std::size_t count() const { return frames_.size(); }
     ImageSize depthSize() const { return depthSize_; }
@@ -45,7 +49,7 @@ class ImageFolder {
     void findFiles(const std::filesystem::path& folder);
     void checkHeaders();
     void pairColors();
-    void keepInMemory();
+    void keepInMemory(std::size_t memoryBound);
 
     std::vector<Frame> frames_;
     std::vector<ColorFile> colors_;
