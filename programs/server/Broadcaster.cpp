@@ -203,6 +203,7 @@ void Broadcaster::tick() {
         sendIdleFrame();
     }
     dropStalled(now);
+    count();
     scheduleTick();
 }
 
@@ -216,10 +217,8 @@ void Broadcaster::dropStalled(Clock::time_point now) {
         connection->close();
         return true;
     };
-    if (std::erase_if(connections_, stalled) == 0)
-        return;
-    counters_.abandoned = connections_.empty();
-    count();
+    if (std::erase_if(connections_, stalled) != 0)
+        counters_.abandoned = connections_.empty();
 }
 
 void Broadcaster::count() {

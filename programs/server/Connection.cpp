@@ -90,13 +90,17 @@ void Connection::pump() {
 bool Connection::takeNewest() {
     if (!feed_.frame || feed_.sequence == sequence_ || frameBytes_ == 0)
         return false;
-    if (sequence_ != 0)
-        skipped_ += feed_.sequence - sequence_ - 1;
+    skipped_ += missedMeanwhile();
     sequence_ = feed_.sequence;
     shared_ = feed_.frame;
     pending_ = std::as_const(*shared_).bytes();
     lastProgress_ = Clock::now();
     return true;
+}
+
+// Frames that came and went since the one that was sent last; the newest may still be sent.
+std::uint64_t Connection::missedMeanwhile() const {
+    return sequence_ != 0 && feed_.sequence > sequence_ ? feed_.sequence - sequence_ - 1 : 0;
 }
 
 void Connection::releaseSharedFrame() {

@@ -52,7 +52,7 @@ class Connection : public std::enable_shared_from_this<Connection> {
     Clock::duration stalledFor(Clock::time_point now) const;
 
     // Frames that were published but not sent to this client.
-    std::uint64_t skippedFrames() const { return skipped_; }
+    std::uint64_t skippedFrames() const { return skipped_ + missedMeanwhile(); }
     const std::string& peer() const { return peer_; }
 
     // Closes the socket without calling the gone handler.
@@ -60,6 +60,7 @@ class Connection : public std::enable_shared_from_this<Connection> {
 
   private:
     bool takeNewest();
+    std::uint64_t missedMeanwhile() const;
     void waitUntilWritable();
     void watchForClosing();
     void fail();

@@ -1,0 +1,423 @@
+#include "Broadcaster.h"
+#include "server/RawClient.h"
+#include "server/RunningBroadcaster.h"
+
+#include <atomic>
+#include <chrono>
+#include <cstring>
+#include <deque>
+#include <thread>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+using namespace std::chrono_literals;
+using support::Bytes;
+using support::numberOf;
+using support::RawClient;
+using support::RunningBroadcaster;
+using support::wordsHeader;
+using Clock = std::chrono::steady_clock;
+
+namespace {
+
+server::BroadcasterSettings patient() {
+    server::BroadcasterSettings settings;
+    settings.clientTimeout = 60s;
+    settings.cameraTimeout = 60s;
+    return settings;
+}
+
+// Two touches, the first of them active, and one depth pixel.
+QVR::ProtocolHeader touchHeader() {
+    QVR::ProtocolHeader header;
+    header.protocolID = 1;
+    header.touchCount = 2;
+    header.depthX = header.depthY = header.depthChannels = 1;
+    header.depthDepth = 2;
+    return header;
+}
+
+struct TouchFrame {
+    QVR::NetworkTouch touches[2];
+    unsigned short depth = 0;
+};
+
+void publishTouch(RunningBroadcaster& running, double x, unsigned short depth) {
+    server::FrameRef frame = running.broadcaster.acquire();
+    ASSERT_TRUE(frame);
+    QVR::NetworkTouch touches[2];
+    touches[0] = {1, x, 2.0, 3.0};
+    std::memcpy(frame->bytes().data(), touches, sizeof touches);
+    std::memcpy(frame->bytes().data() + sizeof touches, &depth, sizeof depth);
+    running.broadcaster.publish(std::move(frame));
+}
+
+TouchFrame readTouch(RawClient& client) {
+    const Bytes bytes = client.readFrame();
+    TouchFrame frame;
+    std::memcpy(frame.touches, bytes.data(), sizeof frame.touches);
+    std::memcpy(&frame.depth, bytes.data() + sizeof frame.touches, sizeof frame.depth);
+    return frame;
+}
+
+} // namespace
+
+TEST(Broadcaster, SendsTheHeaderAndThenFrames) {
+    RunningBroadcaster running(patient());
+    const QVR::ProtocolHeader sent = wordsHeader(100);
+    running.announce(sent);
+    RawClient client(running.port());
+    const QVR::ProtocolHeader header = client.readHeader();
+    EXPECT_EQ(std::memcmp(&header, &sent, sizeof sent), 0);
+    for (std::uint32_t number = 1; number <= 5; ++number) {
+        ASSERT_TRUE(running.publish(number));
+        EXPECT_EQ(numberOf(client.readFrame()), number);
+    }
+    EXPECT_EQ(running.broadcaster.counters().skippedFrames, 0U);
+}
+
+TEST(Broadcaster, GivesANewClientTheNewestFrameAtOnce) {
+    RunningBroadcaster running(patient());
+    running.announce(wordsHeader(100));
+    running.publish(1);
+    running.publish(2);
+    running.settle();
+    RawClient client(running.port());
+    client.readHeader();
+    EXPECT_EQ(numberOf(client.readFrame()), 2U);
+    EXPECT_FALSE(client.readable(30));
+}
+
+TEST(Broadcaster, GivesAllClientsTheSameBytes) {
+    RunningBroadcaster running(patient());
+    running.announce(wordsHeader(50000));
+    std::deque<RawClient> clients;
+    for (int i = 0; i < 3; ++i)
+        clients.emplace_back(running.port()).readHeader();
+    ASSERT_TRUE(running.hasClients(3));
+    for (std::uint32_t number = 1; number <= 20; ++number) {
+        ASSERT_TRUE(running.publish(number));
+        std::vector<std::thread> readers;
+        std::vector<Bytes> frames(clients.size());
+        for (std::size_t i = 0; i < clients.size(); ++i)
+            readers.emplace_back([&, i] { frames[i] = clients[i].readFrame(); });
+        for (std::thread& reader : readers)
+            reader.join();
+        EXPECT_EQ(numberOf(frames[0]), number);
+        EXPECT_EQ(frames[1], frames[0]);
+        EXPECT_EQ(frames[2], frames[0]);
+    }
+}
+
+TEST(Broadcaster, SkipsWholeFramesForASlowReader) {
+    RunningBroadcaster running(patient());
+    running.announce(wordsHeader(100000));
+    RawClient client(running.port(), 65536);
+    client.readHeader();
+    ASSERT_TRUE(running.hasClients(1));
+    std::uint32_t last = 0;
+    std::uint32_t received = 0;
+    std::uint32_t published = 0;
+    while (published < 200) {
+        for (int i = 0; i < 10; ++i) {
+            ASSERT_TRUE(running.publish(++published));
+            running.settle();
+        }
+        const std::uint32_t number = numberOf(client.readFrame());
+        EXPECT_GT(number, last);
+        last = number;
+        ++received;
+    }
+    while (last != published) {
+        const std::uint32_t number = numberOf(client.readFrame());
+        EXPECT_GT(number, last);
+        last = number;
+        ++received;
+    }
+    EXPECT_LT(received, 60U);
+    EXPECT_TRUE(RunningBroadcaster::eventually(
+        [&] { return running.broadcaster.counters().skippedFrames == published - received; }));
+}
+
+// Touches alone are so small that the system's send queue would take minutes of them.
+TEST(Broadcaster, KeepsSmallFramesFromAgeingInTheSendQueue) {
+    RunningBroadcaster running(patient());
+    running.announce(wordsHeader(35));
+    RawClient client(running.port(), 4096);
+    client.readHeader();
+    ASSERT_TRUE(running.hasClients(1));
+    constexpr std::uint32_t published = 5000;
+    for (std::uint32_t number = 1; number <= published; ++number) {
+        ASSERT_TRUE(running.publish(number));
+        running.settle();
+    }
+    EXPECT_GT(running.broadcaster.counters().skippedFrames, published - 500);
+    std::uint32_t last = 0;
+    while (last != published)
+        last = numberOf(client.readFrame());
+}
+
+TEST(Broadcaster, LeavesBuffersFreeHoweverManyClientsLag) {
+    RunningBroadcaster running(patient());
+    running.announce(wordsHeader(200000));
+    std::deque<RawClient> clients;
+    for (std::uint32_t i = 0; i < 16; ++i) {
+        clients.emplace_back(running.port(), 4096).readHeader();
+        ASSERT_TRUE(running.hasClients(i + 1));
+        // Each of them stays behind in another frame.
+        ASSERT_TRUE(running.publish(i + 1));
+        running.settle();
+    }
+    for (std::uint32_t number = 17; number <= 60; ++number) {
+        ASSERT_TRUE(running.publish(number));
+        running.settle();
+    }
+    for (RawClient& client : clients) {
+        std::uint32_t last = 0;
+        while (last != 60) {
+            const std::uint32_t number = numberOf(client.readFrame());
+            EXPECT_GT(number, last);
+            last = number;
+        }
+    }
+}
+
+TEST(Broadcaster, DropsAClientThatStopsReadingAndNoOther) {
+    server::BroadcasterSettings settings = patient();
+    settings.clientTimeout = 300ms;
+    RunningBroadcaster running(settings);
+    running.announce(wordsHeader(100000));
+    RawClient reader(running.port());
+    RawClient stalled(running.port(), 4096);
+    reader.readHeader();
+    ASSERT_TRUE(running.hasClients(2));
+    const auto start = Clock::now();
+    std::uint32_t number = 0;
+    while (running.broadcaster.counters().droppedClients == 0 && Clock::now() - start < 10s) {
+        ASSERT_TRUE(running.publish(++number));
+        EXPECT_EQ(numberOf(reader.readFrame()), number);
+        std::this_thread::sleep_for(5ms);
+    }
+    EXPECT_GE(Clock::now() - start, 300ms);
+    EXPECT_EQ(running.broadcaster.counters().droppedClients, 1U);
+    EXPECT_TRUE(running.hasClients(1));
+    EXPECT_TRUE(stalled.waitUntilClosed());
+    ASSERT_TRUE(running.publish(++number));
+    EXPECT_EQ(numberOf(reader.readFrame()), number);
+    EXPECT_FALSE(running.broadcaster.counters().abandoned);
+    EXPECT_THAT(running.reports(),
+                testing::ElementsAre(testing::EndsWith("has stopped reading and is dropped")));
+}
+
+TEST(Broadcaster, KeepsAClientThatHasNothingToRead) {
+    server::BroadcasterSettings settings = patient();
+    settings.clientTimeout = 50ms;
+    RunningBroadcaster running(settings);
+    running.announce(wordsHeader(10));
+    RawClient client(running.port());
+    client.readHeader();
+    EXPECT_FALSE(client.readable(200));
+    running.publish(7);
+    EXPECT_EQ(numberOf(client.readFrame()), 7U);
+}
+
+TEST(Broadcaster, NoticesAVanishedClientWithoutSendingAnything) {
+    RunningBroadcaster running(patient());
+    running.announce(wordsHeader(10));
+    {
+        RawClient client(running.port());
+        client.readHeader();
+        ASSERT_TRUE(running.hasClients(1));
+        EXPECT_FALSE(running.broadcaster.counters().abandoned);
+    }
+    EXPECT_TRUE(running.hasClients(0));
+    EXPECT_TRUE(running.broadcaster.counters().abandoned);
+    RawClient next(running.port());
+    EXPECT_TRUE(running.hasClients(1));
+    EXPECT_FALSE(running.broadcaster.counters().abandoned);
+}
+
+TEST(Broadcaster, IsNotAbandonedBeforeAClientCame) {
+    RunningBroadcaster running(patient());
+    running.announce(wordsHeader(10));
+    running.publish(1);
+    running.settle();
+    EXPECT_FALSE(running.broadcaster.counters().abandoned);
+}
+
+TEST(Broadcaster, RefusesOneClientTooMany) {
+    RunningBroadcaster running(patient());
+    running.announce(wordsHeader(10));
+    std::deque<RawClient> clients;
+    for (int i = 0; i < 16; ++i)
+        clients.emplace_back(running.port()).readHeader();
+    RawClient refused(running.port());
+    EXPECT_TRUE(refused.waitUntilClosed());
+    EXPECT_EQ(running.broadcaster.counters().refusedClients, 1U);
+    EXPECT_EQ(running.broadcaster.counters().clients, 16U);
+    running.publish(1);
+    for (RawClient& client : clients)
+        EXPECT_EQ(numberOf(client.readFrame()), 1U);
+
+    clients.pop_back();
+    ASSERT_TRUE(running.hasClients(15));
+    RawClient admitted(running.port());
+    admitted.readHeader();
+    EXPECT_EQ(numberOf(admitted.readFrame()), 1U);
+}
+
+TEST(Broadcaster, ThrowsAwayWhatClientsSend) {
+    RunningBroadcaster running(patient());
+    running.announce(wordsHeader(1000));
+    RawClient client(running.port());
+    client.readHeader();
+    EXPECT_TRUE(client.send(Bytes(4 << 20, std::byte{0x55})));
+    running.publish(3);
+    EXPECT_EQ(numberOf(client.readFrame()), 3U);
+}
+
+TEST(Broadcaster, SurvivesManyComingsAndGoings) {
+    RunningBroadcaster running(patient());
+    running.announce(wordsHeader(20000));
+    std::atomic<bool> done{false};
+    std::thread camera([&] {
+        for (std::uint32_t number = 1; !done; ++number) {
+            running.publish(number);
+            std::this_thread::sleep_for(1ms);
+        }
+    });
+    RawClient faithful(running.port());
+    faithful.readHeader();
+    for (int i = 0; i < 300; ++i) {
+        RawClient client(running.port());
+        if (i % 3 != 0)
+            client.readHeader();
+        if (i % 3 == 2)
+            numberOf(client.readFrame());
+    }
+    std::uint32_t last = 0;
+    for (int i = 0; i < 20; ++i) {
+        const std::uint32_t number = numberOf(faithful.readFrame());
+        EXPECT_GT(number, last);
+        last = number;
+    }
+    EXPECT_TRUE(running.hasClients(1));
+    done = true;
+    camera.join();
+}
+
+TEST(Broadcaster, SendsNothingButTheHeaderWhenFramesAreEmpty) {
+    RunningBroadcaster running(patient());
+    running.announce(wordsHeader(0));
+    RawClient client(running.port());
+    client.readHeader();
+    for (std::uint32_t number = 1; number <= 100; ++number) {
+        ASSERT_TRUE(running.publish(number));
+        running.settle();
+    }
+    EXPECT_FALSE(client.readable(30));
+    EXPECT_EQ(running.broadcaster.counters().clients, 1U);
+}
+
+TEST(Broadcaster, GoesOnWithoutTouchesWhileTheCameraIsLost) {
+    RunningBroadcaster running(patient());
+    running.announce(touchHeader(), 5ms);
+    RawClient client(running.port());
+    client.readHeader();
+    publishTouch(running, 0.5, 777);
+    EXPECT_EQ(readTouch(client).touches[0].active, 1);
+
+    const auto start = Clock::now();
+    running.broadcaster.cameraLost();
+    for (int i = 0; i < 20; ++i) {
+        const TouchFrame frame = readTouch(client);
+        EXPECT_EQ(frame.touches[0].active, 0);
+        EXPECT_EQ(frame.touches[0].x, -1.0);
+        EXPECT_EQ(frame.touches[0].y, -1.0);
+        EXPECT_EQ(frame.touches[0].z, -1.0);
+        EXPECT_EQ(frame.touches[1].active, 0);
+        EXPECT_EQ(frame.depth, 777);
+    }
+    // Twenty frames of 5 ms: paced, not poured.
+    EXPECT_GE(Clock::now() - start, 90ms);
+
+    publishTouch(running, 0.25, 778);
+    TouchFrame frame = readTouch(client);
+    while (frame.depth == 777)
+        frame = readTouch(client);
+    EXPECT_EQ(frame.touches[0].active, 1);
+    EXPECT_EQ(frame.touches[0].x, 0.25);
+    EXPECT_EQ(frame.depth, 778);
+    EXPECT_FALSE(client.readable(50));
+}
+
+TEST(Broadcaster, TakesALongSilenceOfTheCameraForItsLoss) {
+    server::BroadcasterSettings settings = patient();
+    settings.cameraTimeout = 100ms;
+    RunningBroadcaster running(settings);
+    running.announce(touchHeader(), 5ms);
+    RawClient client(running.port());
+    client.readHeader();
+    publishTouch(running, 0.5, 777);
+    EXPECT_EQ(readTouch(client).touches[0].active, 1);
+    const auto start = Clock::now();
+    EXPECT_EQ(readTouch(client).touches[0].active, 0);
+    EXPECT_GE(Clock::now() - start, 80ms);
+}
+
+TEST(Broadcaster, SendsBlankFramesWhenTheCameraIsLostBeforeItsFirst) {
+    RunningBroadcaster running(patient());
+    running.announce(touchHeader(), 5ms);
+    RawClient client(running.port());
+    client.readHeader();
+    running.broadcaster.cameraLost();
+    const TouchFrame frame = readTouch(client);
+    EXPECT_EQ(frame.touches[0].active, 0);
+    EXPECT_EQ(frame.touches[0].x, -1.0);
+    EXPECT_EQ(frame.depth, 0);
+}
+
+TEST(Broadcaster, CountsACameraAsSilentAfterThreeFramesAtLeast) {
+    EXPECT_EQ(server::Broadcaster::cameraSilence(1000ms, 10ms), 1000ms);
+    EXPECT_EQ(server::Broadcaster::cameraSilence(1000ms, 1000ms), 3000ms);
+}
+
+TEST(Broadcaster, DisconnectsItsClientsWhenTheImagesChange) {
+    RunningBroadcaster running(patient());
+    running.announce(wordsHeader(100));
+    RawClient client(running.port());
+    client.readHeader();
+    running.publish(1);
+    EXPECT_EQ(numberOf(client.readFrame()), 1U);
+
+    running.announce(wordsHeader(200));
+    EXPECT_TRUE(client.waitUntilClosed());
+    EXPECT_FALSE(running.broadcaster.counters().abandoned);
+    EXPECT_EQ(running.broadcaster.counters().clients, 0U);
+
+    RawClient next(running.port());
+    EXPECT_EQ(next.readHeader().processedX, 1600U);
+    running.publish(2);
+    EXPECT_EQ(numberOf(next.readFrame()), 2U);
+}
+
+TEST(Broadcaster, KeepsItsClientsWhenTheCameraComesBackUnchanged) {
+    RunningBroadcaster running(patient());
+    running.announce(wordsHeader(100));
+    RawClient client(running.port());
+    client.readHeader();
+    running.announce(wordsHeader(100));
+    running.publish(1);
+    EXPECT_EQ(numberOf(client.readFrame()), 1U);
+}
+
+TEST(Broadcaster, CannotHaveAPortThatIsInUse) {
+    RunningBroadcaster running(patient());
+    server::BroadcasterSettings settings;
+    settings.endpoint = running.broadcaster.endpoint();
+    boost::asio::io_context context;
+    EXPECT_THROW(server::Broadcaster(context, settings, [](const std::string&, bool) {}),
+                 boost::system::system_error);
+}

@@ -1,0 +1,56 @@
+// A host reduced to its socket: connects on 127.0.0.1 and reads what comes, in bounded time.
+#pragma once
+
+#include "serverClient/frameProtocol.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace support {
+
+using Bytes = std::vector<std::byte>;
+
+class RawClient {
+  public:
+    // Throws when nobody listens there. `receiveBuffer`: bytes that the system may hold unread;
+    // 0 leaves it to the system.
+    explicit RawClient(std::uint16_t port, int receiveBuffer = 0);
+    ~RawClient();
+    RawClient(RawClient&& other) noexcept;
+    RawClient& operator=(RawClient&&) = delete;
+
+    // Exactly `size` bytes; throws when the connection ends or ten seconds pass before.
+    Bytes read(std::size_t size);
+    // The header, and the bytes of one frame as the header announces them.
+    QVR::ProtocolHeader readHeader();
+    Bytes readFrame();
+    std::size_t frameBytes() const { return frameBytes_; }
+
+    // True when the connection ends within ten seconds; what comes before is thrown away.
+    bool waitUntilClosed();
+    // Whether something is there to read, or the end, within `milliseconds`.
+    bool readable(int milliseconds);
+
+    // True when all was taken.
+    bool send(const Bytes& bytes);
+    void close();
+
+  private:
+    // Bytes read, 0 at the end or after an error; nothing after ten seconds.
+    std::optional<std::size_t> readSome(std::byte* into, std::size_t size);
+
+    int descriptor_ = -1;
+    std::size_t frameBytes_ = 0;
+};
+
+// A frame of the header below that shows where it begins, which one it is, and any shift: word i
+// holds number * 2^32 + i.
+QVR::ProtocolHeader wordsHeader(std::uint32_t words);
+void fillWords(std::byte* frame, std::size_t size, std::uint32_t number);
+// The number of an unbroken frame; throws for any other bytes.
+std::uint32_t numberOf(const Bytes& frame);
+
+} // namespace support

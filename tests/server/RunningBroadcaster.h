@@ -1,0 +1,102 @@
+// A broadcaster with its network thread on a port of its own, fed with numbered frames.
+#pragma once
+
+#include "Broadcaster.h"
+#include "server/RawClient.h"
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <future>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <boost/asio/executor_work_guard.hpp>
+#include <boost/asio/io_context.hpp>
+#include <boost/asio/post.hpp>
+
+namespace support {
+
+class RunningBroadcaster {
+  public:
+    explicit RunningBroadcaster(server::BroadcasterSettings settings = {})
+        : work_(context_.get_executor()),
+          broadcaster(context_, onLoopback(std::move(settings)),
+                      [this](const std::string& text, bool important) {
+                          if (important)
+                              reports_.push_back(text);
+                      }),
+          thread_([this] { context_.run(); }) {}
+    ~RunningBroadcaster() {
+        context_.stop();
+        thread_.join();
+    }
+    RunningBroadcaster(const RunningBroadcaster&) = delete;
+    RunningBroadcaster& operator=(const RunningBroadcaster&) = delete;
+
+  private:
+    boost::asio::io_context context_;
+    boost::asio::executor_work_guard<boost::asio::io_context::executor_type> work_;
+    std::vector<std::string> reports_;
+
+  public:
+    server::Broadcaster broadcaster;
+
+    std::uint16_t port() const { return broadcaster.endpoint().port(); }
+
+    void announce(const QVR::ProtocolHeader& header,
+                  std::chrono::nanoseconds framePeriod = std::chrono::milliseconds(10)) {
+        broadcaster.announce(header, framePeriod);
+        settle();
+    }
+
+    // False when no buffer was free.
+    bool publish(std::uint32_t number) {
+        server::FrameRef frame = broadcaster.acquire();
+        if (!frame)
+            return false;
+        fillWords(frame->bytes().data(), frame->bytes().size(), number);
+        broadcaster.publish(std::move(frame));
+        return true;
+    }
+
+    // Returns when the network thread has done all that was asked of it before.
+    void settle() {
+        std::promise<void> done;
+        boost::asio::post(context_, [&] { done.set_value(); });
+        done.get_future().wait();
+    }
+
+    // The important reports so far.
+    std::vector<std::string> reports() {
+        std::promise<std::vector<std::string>> copy;
+        boost::asio::post(context_, [&] { copy.set_value(reports_); });
+        return copy.get_future().get();
+    }
+
+    // True when `condition` holds within ten seconds.
+    static bool eventually(const std::function<bool()>& condition) {
+        const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+        while (!condition()) {
+            if (std::chrono::steady_clock::now() > end)
+                return false;
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
+        return true;
+    }
+
+    bool hasClients(std::size_t count) {
+        return eventually([&] { return broadcaster.counters().clients == count; });
+    }
+
+  private:
+    static server::BroadcasterSettings onLoopback(server::BroadcasterSettings settings) {
+        settings.endpoint = {boost::asio::ip::address_v4::loopback(), 0};
+        return settings;
+    }
+
+    std::thread thread_;
+};
+
+} // namespace support

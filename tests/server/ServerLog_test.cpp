@@ -1,0 +1,81 @@
+#include "ServerLog.h"
+
+#include <string>
+
+#include <gtest/gtest.h>
+
+using server::ServerLog;
+
+namespace {
+
+// What reaches the terminal while `talk` runs.
+template <typename Talk>
+std::string heard(Talk talk) {
+    testing::internal::CaptureStderr();
+    talk();
+    return testing::internal::GetCapturedStderr();
+}
+
+class ServerLogTest : public testing::Test {
+  protected:
+    ~ServerLogTest() override {
+        ServerLog::setVerbose(false);
+        ServerLog::setPipelineQuiet(false);
+    }
+};
+
+} // namespace
+
+TEST_F(ServerLogTest, PassesWarningsErrorsAndTheCamera) {
+    for (const char* message :
+         {"WARNING! QVR RealSense plugin has already been initialized!",
+          "WARNING: Could not read touch calibration file. No calibration was loaded.",
+          "Warning: Did not find maxDiffNear value in calibration data.",
+          "ERROR: realSense not initialized. Can't load cell calibration.", "Error: no",
+          "RealSense error calling rs_start_source(device:0x1):\n    busy", "No depth cam found.",
+          "Failed to start camera streams.", "Failed to initialize the camera.",
+          "Using device 0, an Image folder", "Camera initialized and ready.",
+          "Using calibration file: /x/touch.json", "cameraManager::internalUpdate() e:\nlate"})
+        EXPECT_TRUE(ServerLog::isImportant(message)) << message;
+    for (const char* message :
+         {"Loading distortion map touch calibration...", "", "the ERROR", "warning"})
+        EXPECT_FALSE(ServerLog::isImportant(message)) << message;
+}
+
+TEST_F(ServerLogTest, PrintsAMessageAsItStands) {
+    EXPECT_EQ(heard([] { ServerLog::receivePipelineMessage("WARNING: 100% %s %n"); }),
+              "WARNING: 100% %s %n\n");
+}
+
+TEST_F(ServerLogTest, KeepsTheRestForVerbose) {
+    const auto talk = [] {
+        ServerLog::receivePipelineMessage("some progress");
+        ServerLog::detail("a client came");
+    };
+    EXPECT_EQ(heard(talk), "");
+    ServerLog::setVerbose(true);
+    EXPECT_EQ(heard(talk), "some progress\nqvr-server: a client came\n");
+}
+
+TEST_F(ServerLogTest, SaysTheSameThingOnce) {
+    const auto talk = [] {
+        for (int frame = 0; frame < 100; ++frame) {
+            ServerLog::receivePipelineMessage("WARNING! every frame");
+            ServerLog::receivePipelineMessage("WARNING! and another");
+        }
+    };
+    EXPECT_EQ(heard(talk), "WARNING! every frame\nWARNING! and another\n");
+    ServerLog::setVerbose(true);
+    EXPECT_EQ(heard(talk).size(), 4200U);
+}
+
+TEST_F(ServerLogTest, HoldsThePipelineBackWhileACameraIsAwaited) {
+    ServerLog::setPipelineQuiet(true);
+    const auto talk = [] {
+        ServerLog::receivePipelineMessage("ERROR: while away");
+        ServerLog::notice("of our own");
+    };
+    EXPECT_EQ(heard(talk), "qvr-server: of our own\n");
+    ServerLog::setVerbose(true);
+    EXPECT_EQ(heard(talk), "ERROR: while away\nqvr-server: of our own\n");
+}

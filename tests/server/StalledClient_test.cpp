@@ -1,0 +1,79 @@
+// What a client that stops reading costs everybody else.
+#include "server/RawClient.h"
+#include "server/RunningBroadcaster.h"
+
+#include <atomic>
+#include <chrono>
+#include <fstream>
+#include <thread>
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+using namespace std::chrono_literals;
+using Clock = std::chrono::steady_clock;
+
+namespace {
+
+// Resident memory of this process in bytes; 0 where the system does not say.
+long residentBytes() {
+    std::ifstream file("/proc/self/statm");
+    long total = 0;
+    long resident = 0;
+    file >> total >> resident;
+    return resident * ::sysconf(_SC_PAGESIZE);
+}
+
+} // namespace
+
+TEST(StalledClient, SlowsNobodyAndTakesNoMemory) {
+    server::BroadcasterSettings settings;
+    settings.clientTimeout = 60s;
+    support::RunningBroadcaster running(settings);
+    constexpr std::uint32_t words = 128 * 1024; // one MiB a frame
+    running.announce(support::wordsHeader(words), 16ms);
+    support::RawClient stalled(running.port());
+    support::RawClient reader(running.port());
+    reader.readHeader();
+    ASSERT_TRUE(running.hasClients(2));
+
+    std::atomic<bool> done{false};
+    std::atomic<std::uint32_t> received{0};
+    std::thread host([&] {
+        std::uint32_t last = 0;
+        while (!done || last == 0) {
+            const std::uint32_t number = support::numberOf(reader.readFrame());
+            EXPECT_GT(number, last);
+            last = number;
+            ++received;
+        }
+    });
+
+    const auto start = Clock::now();
+    std::uint32_t published = 0;
+    std::uint32_t leftOut = 0;
+    Clock::duration slowest{};
+    long before = 0;
+    for (auto next = start; next < start + 5s; next += 16ms) {
+        std::this_thread::sleep_until(next);
+        const auto begun = Clock::now();
+        leftOut += running.publish(++published) ? 0U : 1U;
+        slowest = std::max(slowest, Clock::now() - begun);
+        if (published == 60)
+            before = residentBytes();
+    }
+    const long grown = residentBytes() - before;
+    done = true;
+    running.publish(++published);
+    host.join();
+
+    EXPECT_EQ(leftOut, 0U);
+    EXPECT_GT(received, published * 9 / 10);
+    EXPECT_GT(published, 250U);
+    // The stalled client missed more than 200 MiB meanwhile.
+    EXPECT_LT(grown, 16L << 20);
+    EXPECT_EQ(running.broadcaster.counters().clients, 2U);
+    RecordProperty(
+        "slowest_publish_us",
+        std::to_string(std::chrono::duration_cast<std::chrono::microseconds>(slowest).count()));
+}
