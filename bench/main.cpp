@@ -1,0 +1,17 @@
+#include "cases.h"
+
+#include <benchmark/benchmark.h>
+
+int main(int argc, char** argv) {
+    bench::registerDetection();
+    bench::registerTextures();
+    bench::registerIntake();
+    bench::registerCalibration();
+    benchmark::AddCustomContext("compiler", QVR_BENCH_COMPILER);
+    benchmark::Initialize(&argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
+        return 1;
+    }
+    benchmark::RunSpecifiedBenchmarks();
+    return 0;
+}
