@@ -4,10 +4,8 @@
 #include "camera/FakeRealsense.h"
 #include "camera/cameraManager.h"
 #include "support/LogCapture.h"
+#include "support/TemporaryVolume.h"
 
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <string>
 #include <vector>
 
@@ -25,26 +23,20 @@ class ManagerFixture : public testing::Test {
         QVR::cameraManager::serverSendColor = false;
         QVR::cameraManager::serverSendProcessed = false;
         QVR::cameraManager::processedTextureDebug = false;
-        std::string pattern = testing::TempDir() + "qvr_camera_XXXXXX";
-        volume = ::mkdtemp(pattern.data());
-        std::filesystem::create_directory(volume + "/QVR_calibration");
-        ::setenv("QVR_VOLUMES", volume.c_str(), 1);
     }
 
     ~ManagerFixture() override {
         if (QVR::cameraManager::get() != nullptr) {
             QVR::cameraManager::destroy();
         }
-        ::unsetenv("QVR_VOLUMES");
-        std::filesystem::remove_all(volume);
     }
 
     std::string pathOf(const std::string& name) const {
-        return volume + "/QVR_calibration/" + name;
+        return volume.path("QVR_calibration/" + name);
     }
 
     void writeFile(const std::string& name, const std::string& content) const {
-        std::ofstream(pathOf(name)) << content;
+        volume.write("QVR_calibration/" + name, content);
     }
 
     // Creates the singleton from `document`; leaves calls and messages of the start behind.
@@ -58,7 +50,7 @@ class ManagerFixture : public testing::Test {
 
     FakeRealsense& fake = FakeRealsense::get();
     LogCapture log;
-    std::string volume;
+    TemporaryVolume volume;
 };
 
 // Depth 64 x 48, colour 32 x 24, a calibration grid that leaves positions as they are, clip
