@@ -3,7 +3,9 @@
 #include "serverClient/TcpClientWin.h"
 #include "support/LogCapture.h"
 
+#include <algorithm>
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
 #include <deque>
 #include <string>
@@ -47,7 +49,7 @@ long answer(const Result& result) {
 
 extern "C" {
 
-ssize_t recv(int, void* buffer, size_t, int) {
+ssize_t recv(int, void* buffer, size_t size, int) {
     ++scripted().readCalls;
     if (scripted().reads.empty()) {
         return answer({-1, EBADF});
@@ -55,7 +57,7 @@ ssize_t recv(int, void* buffer, size_t, int) {
     const Result result = scripted().reads.front();
     scripted().reads.pop_front();
     if (result.value > 0) {
-        std::memset(buffer, 'x', static_cast<std::size_t>(result.value));
+        std::memset(buffer, 'x', std::min(size, static_cast<std::size_t>(result.value)));
     }
     return answer(result);
 }
@@ -134,6 +136,13 @@ TEST_F(TcpClientWinCalls, ReportsTheErrorNumberOfAFailedRead) {
                                                     std::to_string(ETIMEDOUT)));
     EXPECT_EQ(client.socket, 900);
     EXPECT_TRUE(client.isConnected());
+}
+
+TEST_F(TcpClientWinCalls, NoticesASystemThatGivesMoreThanWasAskedFor) {
+    scripted().reads = {{40}, {40}};
+    // In the builds that assert, what follows happens in a process of its own.
+    QVR::Logger::RegisterDebugCallback([](const char* message) { std::fputs(message, stderr); });
+    EXPECT_DEBUG_DEATH(client.recv(buffer.data(), 64), "rcvArr n_rcvd 80 != nbytes 64");
 }
 
 TEST_F(TcpClientWinCalls, AnIntegerIsOneRead) {
