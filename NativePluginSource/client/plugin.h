@@ -123,8 +123,9 @@ QVR_API float getTouchData(void);
  *   colour     4 * getColorDimX() * getColorDimY() bytes: red, green, blue, 255
  *   depth      4 * getDimX() * getDimY() bytes: low byte and high byte of the depth, 0, 255
  *   processed  4 bytes for every pixel of the camera's own depth image, which is larger than
- *              getDimX() by getDimY() when the server sends a downsampled one: value three times,
- *              255; the value is 255 where the detection sees a candidate for a finger, else 0
+ *              getDimX() by getDimY() when the server sends a downsampled one: the detection's
+ *              mask three times, 255; the mask is 0, or 1 to 16 where a pixel may belong to a
+ *              finger, so a host brightens it for people to see
  */
 
 /* Says where the texture is to be written; null: nowhere. False with no client, else true. */
