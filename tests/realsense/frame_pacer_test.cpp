@@ -58,6 +58,18 @@ TEST(FramePacer, QueuesFourFramesAndDropsOlderOnes) {
     EXPECT_EQ(clock.sleeps, 2);
 }
 
+TEST(FramePacer, KeepsItsRateForYears) {
+    ManualClock clock;
+    FramePacer pacer(clock, 1000, true);
+    clock.advance(24h * 365 * 20);
+    const std::uint64_t frames = 20ull * 365 * 24 * 3600 * 1000;
+    for (std::uint64_t number = frames - 4; number <= frames; ++number) {
+        EXPECT_EQ(pacer.next(never), number);
+    }
+    EXPECT_EQ(clock.sleeps, 1);
+    EXPECT_EQ(clock.time - camera::Clock::Time{}, 24h * 365 * 20 + 1ms);
+}
+
 TEST(FramePacer, WaitsNoLongerThanTheDeadline) {
     ManualClock clock;
     FramePacer pacer(clock, 1, true);

@@ -326,8 +326,12 @@ TEST_F(ImageFolderTest, NamesBrokenColorPictures) {
 TEST_F(ImageFolderTest, IsReadOnceWhenItFitsIntoMemory) {
     folder.writeDepth("a.png", 4, 3, samples(4, 3, 1000));
     const auto camera = source();
+    const camera::ImageFolder justFits(folder.path(), 24);
     std::filesystem::remove(folder.file("a.png"));
     EXPECT_EQ(depthOf(*camera, 0), samples(4, 3, 1000));
+    std::vector<std::uint16_t> depth(12);
+    justFits.copyDepth(0, depth);
+    EXPECT_EQ(depth, samples(4, 3, 1000));
 }
 
 TEST_F(ImageFolderTest, IsReadFrameByFrameBeyondTheMemoryBound) {

@@ -2,6 +2,7 @@
 #include "stale_memory.h"
 #include "support/ManualClock.h"
 #include "support/ScriptedSource.h"
+#include "support/alignmentOracle.h"
 #include "support/calls.h"
 
 #include <algorithm>
@@ -187,6 +188,22 @@ TEST_F(StreamDeviceTest, SettlesAModeOnceUntilAStreamIsEnabledAnew) {
     device.enable(RS_STREAM_COLOR, 0, 0, RS_FORMAT_ANY, 0);
     device.intrinsics(RS_STREAM_COLOR);
     EXPECT_EQ(script->configured, 2);
+}
+
+TEST_F(StreamDeviceTest, AlignsInTheModeThatIsSettledNow) {
+    start();
+    device.waitForFrames();
+    device.frameData(RS_STREAM_DEPTH_ALIGNED_TO_COLOR);
+    device.stop(RS_SOURCE_VIDEO);
+    script->geometry.color.ppx += 3.0f;
+    start();
+    device.waitForFrames();
+    const auto expected =
+        AlignmentOracle(script->geometry)
+            .depthToColor(static_cast<const std::uint16_t*>(device.frameData(RS_STREAM_DEPTH)));
+    EXPECT_TRUE(std::equal(
+        expected.begin(), expected.end(),
+        static_cast<const std::uint16_t*>(device.frameData(RS_STREAM_DEPTH_ALIGNED_TO_COLOR))));
 }
 
 TEST_F(StreamDeviceTest, RefusesToAlignADistortedColorCamera) {

@@ -43,12 +43,6 @@ std::string nameOf(rs_format format) {
     return named(format, names);
 }
 
-std::string nameOf(rs_output_buffer_format output) {
-    static constexpr std::array<std::string_view, RS_OUTPUT_BUFFER_FORMAT_COUNT> names{"CONTINUOUS",
-                                                                                       "NATIVE"};
-    return named(output, names);
-}
-
 std::string nameOf(rs_source source) {
     static constexpr std::array<std::string_view, RS_SOURCE_COUNT> names{"VIDEO", "MOTION_TRACKING",
                                                                          "ALL"};

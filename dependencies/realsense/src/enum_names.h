@@ -10,7 +10,6 @@ namespace camera {
 // Upper case without the prefix, such as DEPTH; the number for a code without a declared name.
 std::string nameOf(rs_stream stream);
 std::string nameOf(rs_format format);
-std::string nameOf(rs_output_buffer_format output);
 std::string nameOf(rs_source source);
 std::string nameOf(rs_option option);
 

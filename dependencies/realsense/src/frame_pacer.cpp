@@ -37,12 +37,16 @@ std::optional<std::uint64_t> FramePacer::next(Clock::Time deadline) {
 
 // A frame arrives when its exposure, one period long, has ended.
 std::uint64_t FramePacer::arrivedUntil(Clock::Time time) const {
-    const auto elapsed = std::chrono::duration_cast<nanoseconds>(time - start_).count();
-    return static_cast<std::uint64_t>(elapsed) * framerate_ / second;
+    const auto elapsed =
+        static_cast<std::uint64_t>(std::chrono::duration_cast<nanoseconds>(time - start_).count());
+    // Whole seconds apart from the rest, so that years of streaming do not overflow.
+    return elapsed / second * framerate_ + elapsed % second * framerate_ / second;
 }
 
 Clock::Time FramePacer::arrival(std::uint64_t number) const {
-    const std::uint64_t elapsed = ((number + 1) * second + framerate_ - 1) / framerate_;
+    const std::uint64_t periods = number + 1;
+    const std::uint64_t elapsed = periods / framerate_ * second +
+                                  (periods % framerate_ * second + framerate_ - 1) / framerate_;
     return start_ + std::chrono::duration_cast<Clock::Time::duration>(
                         nanoseconds(static_cast<std::int64_t>(elapsed)));
 }

@@ -8,7 +8,8 @@
 namespace camera {
 
 // images:DIR with the keys scale (metres in one depth unit, 0.000125), fps (30, or whatever rate a
-// program asks for), fx, fy (476), ppx, ppy (the middle) and pace (on or off).
+// program asks for), fx, fy (476), ppx, ppy (the middle) and pace (on or off). An image in which
+// nothing is measured is skipped, as any camera's empty pictures are.
 class ImageFolderSource : public FrameSource {
   public:
     explicit ImageFolderSource(const SourceOptions& options);
