@@ -11,6 +11,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <iterator>
+#include <limits>
 
 namespace host {
 
@@ -109,9 +110,12 @@ struct Box {
     float width = 0;
     float height = 0;
 
-    bool overlaps(const Box& other) const {
-        return left < other.left + other.width && other.left < left + width &&
-               top < other.top + other.height && other.top < top + height;
+    float overlapWith(const Box& other) const {
+        const float across =
+            std::min(left + width, other.left + other.width) - std::max(left, other.left);
+        const float down =
+            std::min(top + height, other.top + other.height) - std::max(top, other.top);
+        return across > 0 && down > 0 ? across * down : 0;
     }
 };
 
@@ -120,27 +124,35 @@ Box boxOfCircle(Point center) {
     return {center.x - reach, center.y - reach, 2 * reach, 2 * reach};
 }
 
-// Beside the circle where it hides nothing: right, left, below, above; else right or left, inside
-// the picture.
+// Near the circle, inside the picture, where it hides least of what is there already; of equal
+// places the first: right, left, below, above, then the corners.
 Box boxOfLabel(Point center, float width, float height, const std::vector<Box>& taken,
                const ColorImage& image) {
-    const Box picture = {0, 0, static_cast<float>(image.width), static_cast<float>(image.height)};
     const float away = circleRadius + 7;
-    const Box right = {center.x + away, center.y - height / 2, width, height};
-    const Box left = {center.x - away - width, center.y - height / 2, width, height};
-    const Box below = {center.x - width / 2, center.y + away, width, height};
-    const Box above = {center.x - width / 2, center.y - away - height, width, height};
-    const auto inside = [&](const Box& box) {
-        return box.left >= 0 && box.top >= 0 && box.left + box.width <= picture.width &&
-               box.top + box.height <= picture.height;
-    };
-    for (const Box& box : {right, left, below, above}) {
-        if (inside(box) && std::none_of(taken.begin(), taken.end(),
-                                        [&](const Box& other) { return box.overlaps(other); })) {
-            return box;
+    const float right = center.x + away;
+    const float left = center.x - away - width;
+    const float level = center.y - height / 2;
+    const float below = center.y + away;
+    const float above = center.y - away - height;
+    const float middle = center.x - width / 2;
+    Box best;
+    float leastHidden = std::numeric_limits<float>::max();
+    for (const Point& corner :
+         {Point{right, level}, Point{left, level}, Point{middle, below}, Point{middle, above},
+          Point{right, below}, Point{right, above}, Point{left, below}, Point{left, above}}) {
+        const Box box = {corner.x, corner.y, width, height};
+        const Box picture = {0, 0, static_cast<float>(image.width),
+                             static_cast<float>(image.height)};
+        float hidden = width * height - box.overlapWith(picture);
+        for (const Box& other : taken) {
+            hidden += box.overlapWith(other);
+        }
+        if (hidden < leastHidden) {
+            leastHidden = hidden;
+            best = box;
         }
     }
-    return inside(right) ? right : left;
+    return best;
 }
 
 void drawTouches(Canvas& canvas, const std::vector<PlacedTouch>& touches, const ColorImage& image) {

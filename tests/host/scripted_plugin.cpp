@@ -7,6 +7,7 @@
 //   port 5  the first instance gets a header it does not understand and then "succeeds" for ever
 //   port 6  as 2, in depth pixels with touches only: no picture streams
 //
+// Registering a log callback begins the script anew.
 // Calibration: display = ((column - 20) / 2, (row - 10) / 2, depth / 8).
 #include <array>
 #include <chrono>
@@ -96,6 +97,8 @@ void say(const char* text) {
 
 PLUGIN void registerDebugCallback(void (*callback)(const char*)) {
     logCallback = callback;
+    exists = false;
+    instances = 0;
 }
 PLUGIN void printDebug(bool) {}
 PLUGIN void init() {
