@@ -41,4 +41,35 @@ PixelBox boundsInImage(const Capsule& capsule, const rs_intrinsics& intrinsics) 
     return box;
 }
 
+CapsuleRow CapsuleCaster::row(double y) const {
+    // Products of the ray (x, y, 1) with itself, the axis and the way from `a` to the camera, each
+    // as polynomials in x.
+    const double rayRay0 = y * y + 1.0;
+    const double axisRay0 = axis_.y * y + axis_.z;
+    const double rayOrigin0 = -(capsule_.a.y * y + capsule_.a.z);
+    CapsuleRow row;
+    row.a0 = axisAxis_ * rayRay0 - axisRay0 * axisRay0;
+    row.a1 = -2.0 * axisRay0 * axis_.x;
+    row.a2 = axisAxis_ - axis_.x * axis_.x;
+    row.b0 = axisAxis_ * rayOrigin0 - axisOrigin_ * axisRay0;
+    row.b1 = -axisAxis_ * capsule_.a.x - axisOrigin_ * axis_.x;
+    row.h0 = row.b0 * row.b0 - c_ * row.a0;
+    row.h1 = 2.0 * row.b0 * row.b1 - c_ * row.a1;
+    row.h2 = row.b1 * row.b1 - c_ * row.a2;
+    return row;
+}
+
+bool CapsuleCaster::narrow(const CapsuleRow& row, double& low, double& high) {
+    if (row.h2 >= 0.0)
+        return true; // seen end-on: no two outlines to keep between
+    const double middle = -row.h1 / (2.0 * row.h2);
+    const double reachSquared = middle * middle - row.h0 / row.h2;
+    if (reachSquared < 0.0)
+        return false;
+    const double reach = std::sqrt(reachSquared);
+    low = std::max(low, middle - reach);
+    high = std::min(high, middle + reach);
+    return low <= high;
+}
+
 } // namespace camera::simulated

@@ -33,54 +33,97 @@ struct PixelBox {
 // The pixels that can see the capsule, which lies in the camera's space in front of it.
 PixelBox boundsInImage(const Capsule& capsule, const rs_intrinsics& intrinsics);
 
-// Casts the ray of every pixel of `box` at the capsule and calls visit(column, row, z, normal) for
-// each that hits: z is the distance from the camera plane, the normal has unit length.
+// The rays of one image row against the infinite cylinder around a capsule's axis.
 //
-// A ray is z * (x, y, 1), so the ray parameter is the depth itself. Along a row the coefficients
-// of the quadratic for the infinite cylinder are polynomials in x; a hit beyond the segment's
-// ends is one of the sphere there or none.
+// A ray is z * (x, y, 1), so the ray parameter is the depth itself. It hits where
+// a z^2 + 2 b z + c = 0; along a row b is linear in x, and a and the discriminant b^2 - a c are
+// quadratic.
+struct CapsuleRow {
+    double a0, a1, a2;
+    double b0, b1;
+    double h0, h1, h2; // the discriminant
+
+    double a(double x) const { return a0 + (a1 + a2 * x) * x; }
+    double b(double x) const { return b0 + b1 * x; }
+    double discriminant(double x) const { return h0 + (h1 + h2 * x) * x; }
+};
+
+// The quantities of a capsule that no ray changes.
+class CapsuleCaster {
+  public:
+    explicit CapsuleCaster(const Capsule& capsule)
+        : capsule_(capsule), axis_(capsule.b - capsule.a), axisAxis_(dot(axis_, axis_)),
+          axisOrigin_(-dot(axis_, capsule.a)), radiusSquared_(capsule.radius * capsule.radius),
+          c_(axisAxis_ * (dot(capsule.a, capsule.a) - radiusSquared_) - axisOrigin_ * axisOrigin_) {
+    }
+
+    CapsuleRow row(double y) const;
+
+    // Narrows [low, high], a range of x, to where rays of the row meet the cylinder. False when
+    // none does.
+    static bool narrow(const CapsuleRow& row, double& low, double& high);
+
+    // Whether the ray hits; if so z, the distance from the camera plane, and the unit normal.
+    bool cast(const CapsuleRow& row, double x, double y, double& z, Vector& normal) const {
+        const double discriminant = row.discriminant(x);
+        if (discriminant < 0.0)
+            return false; // outside the infinite cylinder, which holds both end spheres as well
+        // Zero when the ray runs along the axis: then the end at `a` is what it meets.
+        const double a = std::max(row.a(x), 1e-12);
+        z = (-row.b(x) - std::sqrt(discriminant)) / a;
+        const double axisRay = axis_.x * x + axis_.y * y + axis_.z;
+        double along = (axisOrigin_ + z * axisRay) / axisAxis_;
+        if (!(along > 0.0 && along < 1.0)) {
+            along = along > 0.5 ? 1.0 : 0.0;
+            const Vector center = mix(capsule_.a, capsule_.b, along);
+            const double rayRay = x * x + y * y + 1.0;
+            const double rayCenter = center.x * x + center.y * y + center.z;
+            const double under =
+                rayCenter * rayCenter - rayRay * (dot(center, center) - radiusSquared_);
+            if (under < 0.0)
+                return false;
+            z = (rayCenter - std::sqrt(under)) / rayRay;
+        }
+        const Vector foot = capsule_.a + axis_ * along;
+        normal = (Vector{x * z, y * z, z} - foot) * (1.0 / capsule_.radius);
+        return true;
+    }
+
+  private:
+    Capsule capsule_;
+    Vector axis_;
+    double axisAxis_;
+    double axisOrigin_;
+    double radiusSquared_;
+    double c_;
+};
+
+// Casts the ray of every pixel of `box` at the capsule and calls visit(column, row, x, y, z,
+// normal) for each that hits; (x, y, 1) is the direction of the ray.
 template <class Visit>
 void castCapsule(const Capsule& capsule, const rs_intrinsics& intrinsics, const PixelBox& box,
                  Visit visit) {
-    const Vector axis = capsule.b - capsule.a;
-    const double axisAxis = dot(axis, axis);
-    const double axisOrigin = -dot(axis, capsule.a);
-    const double originOrigin = dot(capsule.a, capsule.a);
-    const double radiusSquared = capsule.radius * capsule.radius;
-    const double c = axisAxis * (originOrigin - radiusSquared) - axisOrigin * axisOrigin;
-    const double perRadius = 1.0 / capsule.radius;
-    const double stepX = 1.0 / static_cast<double>(intrinsics.fx);
+    const CapsuleCaster caster(capsule);
+    const double centerX = static_cast<double>(intrinsics.ppx);
+    const double focalX = static_cast<double>(intrinsics.fx);
+    const double stepX = 1.0 / focalX;
     const double stepY = 1.0 / static_cast<double>(intrinsics.fy);
-
     for (int row = box.top; row < box.bottom; ++row) {
         const double y = (row - static_cast<double>(intrinsics.ppy)) * stepY;
-        const double axisRow = axis.y * y + axis.z;
-        const double originRow = -(capsule.a.y * y + capsule.a.z);
-        for (int column = box.left; column < box.right; ++column) {
-            const double x = (column - static_cast<double>(intrinsics.ppx)) * stepX;
-            const double rayRay = x * x + y * y + 1.0;
-            const double axisRay = axis.x * x + axisRow;
-            const double rayOrigin = originRow - capsule.a.x * x;
-            // Zero when the ray runs along the axis: then the end at `a` is what it meets.
-            const double a = std::max(axisAxis * rayRay - axisRay * axisRay, 1e-12);
-            const double b = axisAxis * rayOrigin - axisOrigin * axisRay;
-            const double discriminant = b * b - a * c;
-            if (discriminant < 0.0)
-                continue; // outside the infinite cylinder, which holds both spheres as well
-            double z = (-b - std::sqrt(discriminant)) / a;
-            double along = (axisOrigin + z * axisRay) / axisAxis;
-            if (!(along > 0.0 && along < 1.0)) {
-                along = along > 0.5 ? 1.0 : 0.0;
-                const Vector center = mix(capsule.a, capsule.b, along);
-                const double rayCenter = center.x * x + center.y * y + center.z;
-                const double under =
-                    rayCenter * rayCenter - rayRay * (dot(center, center) - radiusSquared);
-                if (under < 0.0)
-                    continue;
-                z = (rayCenter - std::sqrt(under)) / rayRay;
-            }
-            const Vector foot = capsule.a + axis * along;
-            visit(column, row, z, (Vector{x * z, y * z, z} - foot) * perRadius);
+        const CapsuleRow rays = caster.row(y);
+        double low = (box.left - centerX) * stepX;
+        double high = (box.right - 1 - centerX) * stepX;
+        if (!CapsuleCaster::narrow(rays, low, high))
+            continue;
+        // A pixel more on both sides, for the cast itself decides.
+        const int first = std::max(box.left, static_cast<int>(low * focalX + centerX) - 1);
+        const int end = std::min(box.right, static_cast<int>(high * focalX + centerX) + 2);
+        for (int column = first; column < end; ++column) {
+            const double x = (column - centerX) * stepX;
+            double z;
+            Vector normal;
+            if (caster.cast(rays, x, y, z, normal))
+                visit(column, row, x, y, z, normal);
         }
     }
 }

@@ -17,7 +17,7 @@ constexpr double lifted = 32.0;
 // A hand this far down is outside the picture.
 constexpr double away = 260.0;
 
-constexpr std::array<Vector, 2> handHomes{{{72.0, -8.0, 0.0}, {-72.0, -8.0, 0.0}}};
+constexpr std::array<Vector, 2> handHomes{{{76.0, -8.0, 0.0}, {-76.0, -8.0, 0.0}}};
 
 // Fingertips around the right hand's position; the left hand mirrors them. More than 24 mm apart
 // in x, so that neighbours stay apart in the picture.
@@ -25,7 +25,7 @@ constexpr std::array<Vector, 5> slotOffsets{{{-13.0, -3.0, 0.0},
                                              {13.0, -7.0, 0.0},
                                              {39.0, 0.0, 0.0},
                                              {-39.0, 2.0, 0.0},
-                                             {-60.0, 26.0, 0.0}}};
+                                             {-54.0, 27.0, 0.0}}};
 
 // From 0 to 1 and back within [start, end], each way taking `transition` seconds.
 double pulse(double start, double end, double transition, double t) {
@@ -60,7 +60,7 @@ Motion demo(int fingerCount, double seconds) {
         offset.y = away * (1.0 - there);
 
         const double circling = pulse(4.6, 8.4, 0.6, t);
-        offset.x += side * circling * 20.0 * std::sin(turn * (t - 4.6) / 1.9);
+        offset.x += circling * 20.0 * std::sin(turn * (t - 4.6) / 1.9);
         offset.y += circling * 16.0 * (1.0 - std::cos(turn * (t - 4.6) / 1.9)) * 0.5;
 
         // One hand passes above the other and they come back the same way.
@@ -93,8 +93,8 @@ Motion tapping(int fingerCount, std::uint64_t seed, double seconds) {
 
 Motion dragging(int fingerCount, double seconds) {
     Motion motion;
-    motion.hands[0] = {18.0 * swing(3.1, 0.0, seconds), 20.0 * swing(2.3, 0.1, seconds), 0.0};
-    motion.hands[1] = {18.0 * swing(2.7, 0.3, seconds), 20.0 * swing(3.4, 0.0, seconds), 0.0};
+    motion.hands[0] = {10.0 * swing(3.1, 0.0, seconds), 20.0 * swing(2.3, 0.1, seconds), 0.0};
+    motion.hands[1] = {10.0 * swing(2.7, 0.3, seconds), 20.0 * swing(3.4, 0.0, seconds), 0.0};
     motion.pressed.assign(static_cast<std::size_t>(fingerCount), 1.0);
     return motion;
 }
@@ -167,7 +167,7 @@ ScenePose poseAt(Scene scene, int fingerCount, std::uint64_t seed, double second
         const double phase = share(seed, id, 3);
         const Vector tremor{0.15 * swing(0.37, phase, seconds), 0.15 * swing(0.29, phase, seconds),
                             0.2 * swing(0.41, phase, seconds)};
-        const double depth = restDepth + 3.0 * (share(seed, id, 4) - 0.5) +
+        const double depth = restDepth + 2.0 * (share(seed, id, 4) - 0.5) +
                              lifted * (1.0 - motion.pressed[static_cast<std::size_t>(id)]);
         const Vector& hand = pose.hands[static_cast<std::size_t>(finger.hand)].position;
         finger.tip = hand + offset + tremor + Vector{0.0, 0.0, depth};

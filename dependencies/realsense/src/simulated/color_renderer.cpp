@@ -12,6 +12,10 @@ namespace {
 
 constexpr float farAway = std::numeric_limits<float>::max();
 
+// Where two capsules meet, flesh has a fold and no edge: this many millimetres to either side of
+// the line the shading passes from one to the other.
+constexpr double softSeam = 2.5;
+
 std::uint8_t toByte(double value) {
     return static_cast<std::uint8_t>(std::clamp(value, 0.0, 1.0) * 255.0 + 0.5);
 }
@@ -23,23 +27,30 @@ Capsule inColorCamera(const Capsule& capsule) {
     return result;
 }
 
-// A lamp over the left shoulder, and the glow of the display from below on what turns sideways.
-Color shade(Material material, const Vector& normal, double facing, double depth) {
-    static const Vector lamp = normalized({-0.50, -0.62, -0.60});
-    static const Vector halfway = normalized(lamp + Vector{0.0, 0.0, -1.0});
-    const bool skin = material == Material::Skin;
-    const double lit = std::max(0.0, (dot(normal, lamp) + 0.35) / 1.35);
-    const Color dark = skin ? Color{0.40, 0.21, 0.16} : Color{0.07, 0.12, 0.16};
-    const Color bright = skin ? Color{0.98, 0.78, 0.65} : Color{0.25, 0.42, 0.48};
-    Color color = blend(dark, bright, lit);
+// Unit vectors to a lamp over the left shoulder, and halfway from there to the camera.
+constexpr Vector lamp{-0.5015, -0.6219, -0.6018};
+constexpr Vector halfway{-0.2801, -0.3474, -0.8949};
+
+struct Tones {
+    Color dark;
+    Color bright;
+    double gloss;
+};
+constexpr Tones skin{{0.40, 0.21, 0.16}, {0.98, 0.78, 0.65}, 0.16};
+constexpr Tones sleeve{{0.07, 0.12, 0.16}, {0.25, 0.42, 0.48}, 0.04};
+
+// The lamp lights what is turned to it, and the display's glow what turns sideways. Runs for every
+// covered pixel, so there is no division in it.
+Color shade(const Tones& tones, const Vector& normal, double facing, double depth) {
+    const double lit = std::max(0.0, dot(normal, lamp) * 0.74 + 0.26);
+    Color color = blend(tones.dark, tones.bright, lit);
     const double shine = std::max(0.0, dot(normal, halfway));
-    const double squared = shine * shine * shine * shine;
-    const double gloss = (skin ? 0.16 : 0.04) * squared * squared * squared * squared;
-    color = blend(color, {1.0, 1.0, 1.0}, gloss);
+    const double shine4 = shine * shine * shine * shine;
+    color = blend(color, {1.0, 1.0, 1.0}, tones.gloss * shine4 * shine4 * shine4 * shine4);
     const double rim = (1.0 - facing) * (1.0 - facing);
     color = blend(color, {0.36, 0.38, 0.74}, 0.45 * rim);
     // What is nearer to the camera stands out.
-    const double dim = 1.0 - 0.30 * smoothStep(290.0, 380.0, depth);
+    const double dim = 1.0 - 0.30 * std::clamp((depth - 290.0) * (1.0 / 90.0), 0.0, 1.0);
     return {color.red * dim, color.green * dim, color.blue * dim};
 }
 
@@ -82,31 +93,37 @@ void ColorRenderer::draw(const Capsule& capsule, std::span<std::uint8_t> out) {
         return;
     touched_.add(box);
     const auto width = static_cast<std::size_t>(intrinsics_.width);
-    castCapsule(
-        capsule, intrinsics_, box, [&](int column, int row, double z, const Vector& normal) {
-            const std::size_t pixel =
-                static_cast<std::size_t>(row) * width + static_cast<std::size_t>(column);
-            if (static_cast<float>(z) >= nearest_[pixel])
-                return;
-            nearest_[pixel] = static_cast<float>(z);
-            const double x = (column - static_cast<double>(intrinsics_.ppx)) /
-                             static_cast<double>(intrinsics_.fx);
-            const double y =
-                (row - static_cast<double>(intrinsics_.ppy)) / static_cast<double>(intrinsics_.fy);
-            const double facing = -dot(normal, {x, y, 1.0}) / std::sqrt(x * x + y * y + 1.0);
-            const Color color = shade(capsule.material, normal, facing, z);
-            // Within a pixel of the outline the surface covers only a part of the pixel: a circle
-            // of this radius falls away from its edge with the square of `facing`.
-            const double edge =
-                0.5 * facing * facing * capsule.radius * static_cast<double>(intrinsics_.fx) / z;
-            const double cover = std::min(1.0, 0.35 + edge);
-            std::uint8_t* rgb = &out[pixel * 3];
-            const Color under{rgb[0] / 255.0, rgb[1] / 255.0, rgb[2] / 255.0};
-            const Color blended = blend(under, color, cover);
-            rgb[0] = toByte(blended.red);
-            rgb[1] = toByte(blended.green);
-            rgb[2] = toByte(blended.blue);
-        });
+    const Tones& tones = capsule.material == Material::Skin ? skin : sleeve;
+    const double radiusInPixels =
+        capsule.radius * static_cast<double>(intrinsics_.fx) / (0.5 * (capsule.a.z + capsule.b.z));
+    castCapsule(capsule, intrinsics_, box,
+                [&](int column, int row, double x, double y, double z, const Vector& normal) {
+                    const std::size_t pixel =
+                        static_cast<std::size_t>(row) * width + static_cast<std::size_t>(column);
+                    const double gap = static_cast<double>(nearest_[pixel]) - z;
+                    if (gap <= -softSeam)
+                        return;
+                    nearest_[pixel] = std::min(nearest_[pixel], static_cast<float>(z));
+                    // 1 / length of (x, y, 1) as a series, good to a percent in the picture's
+                    // corners.
+                    const double square = x * x + y * y;
+                    const double facing =
+                        -dot(normal, {x, y, 1.0}) * (1.0 - square * (0.5 - 0.375 * square));
+                    const Color color = shade(tones, normal, facing, z);
+                    // Within a pixel of the outline the surface covers only a part of the pixel: a
+                    // circle of this radius falls away from its edge with the square of `facing`.
+                    double cover = std::min(1.0, 0.35 + 0.5 * facing * facing * radiusInPixels);
+                    if (gap < softSeam)
+                        cover *= smoothStep(-softSeam, softSeam, gap);
+                    const auto put = [cover](std::uint8_t& value, double paint) {
+                        const double under = value;
+                        value = static_cast<std::uint8_t>(under + (paint * 255.0 - under) * cover +
+                                                          0.5);
+                    };
+                    put(out[pixel * 3], color.red);
+                    put(out[pixel * 3 + 1], color.green);
+                    put(out[pixel * 3 + 2], color.blue);
+                });
 }
 
 void ColorRenderer::render(const std::vector<Capsule>& capsules, std::span<std::uint8_t> out) {

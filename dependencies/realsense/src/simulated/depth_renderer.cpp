@@ -52,17 +52,13 @@ void DepthRenderer::draw(const Capsule& capsule, std::uint64_t frame) {
     touched_.add(box);
     const int width = intrinsics_.width;
     castCapsule(capsule, intrinsics_, box,
-                [&](int column, int row, double z, const Vector& normal) {
+                [&](int column, int row, double x, double y, double z, const Vector& normal) {
                     const auto pixel = static_cast<std::uint32_t>(row * width + column);
                     const auto depth = static_cast<FineDepth>(z * fineStepsPerMillimeter + 0.5);
                     FineDepth& surface = surface_[pixel];
                     if (depth >= std::abs(surface))
                         return;
                     // The projector is about as far away as the camera, hence the division by z.
-                    const double x = (column - static_cast<double>(intrinsics_.ppx)) /
-                                     static_cast<double>(intrinsics_.fx);
-                    const double y = (row - static_cast<double>(intrinsics_.ppy)) /
-                                     static_cast<double>(intrinsics_.fy);
                     const double facing = dot(normal, {projectorBaseline / z - x, -y, -1.0});
                     surface = sensor_.losesGrazing(facing, frame, pixel) ? -depth : depth;
                 });

@@ -30,7 +30,8 @@ class Brush {
 
     Color operator()(const Color& under, const Color& paint, double distance,
                      double opacity = 1.0) const {
-        return blend(under, paint, opacity * (1.0 - smoothStep(-soft_ / 2.0, soft_ / 2.0, distance)));
+        return blend(under, paint,
+                     opacity * (1.0 - smoothStep(-soft_ / 2.0, soft_ / 2.0, distance)));
     }
 
   private:

@@ -18,7 +18,7 @@ class HandBuilder {
         const Vector tip = finger.tip + Vector{0.0, 0.0, fingertipRadius};
         const Vector root = knuckle(finger.slot);
         const double bend = hand_.lyingFlat ? 0.06 : 0.62;
-        const Vector outward{side_ * splay(finger.slot), hand_.lyingFlat ? 1.0 : 0.26, bend};
+        const Vector outward{side_ * splay(finger.slot), hand_.lyingFlat ? 1.0 : 0.20, bend};
         const Vector joint = tip + normalized(outward) * 36.0;
         add(tip, joint, fingertipRadius);
         add(joint, root, fingertipRadius + 0.6);

@@ -2,6 +2,7 @@
 // the depth camera.
 #pragma once
 
+#include <algorithm>
 #include <cmath>
 
 namespace camera::simulated {
@@ -36,7 +37,7 @@ constexpr Vector mix(const Vector& a, const Vector& b, double share) {
 
 // 0 up to `from`, 1 from `to` on, without a corner in between.
 inline double smoothStep(double from, double to, double value) {
-    const double share = std::fmin(1.0, std::fmax(0.0, (value - from) / (to - from)));
+    const double share = std::min(1.0, std::max(0.0, (value - from) / (to - from)));
     return share * share * (3.0 - 2.0 * share);
 }
 
