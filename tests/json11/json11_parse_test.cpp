@@ -145,6 +145,8 @@ TEST(JsonParse, RefusesOneLevelMore) {
               "exceeded maximum nesting depth of 200 (byte " + std::to_string(200 * 7 + 1) + ")");
     EXPECT_EQ(errorOf("[[], {}, " + nested(200, "[", "]") + "]"),
               "exceeded maximum nesting depth of 200 (byte 209)");
+    EXPECT_EQ(errorOf(R"(["\"[[", "[[",)" + nested(200, "[", "]") + "]"),
+              "exceeded maximum nesting depth of 200 (byte 214)");
     EXPECT_THAT(errorOf(std::string(1000000, '[')), HasSubstr("maximum nesting depth"));
 }
 
