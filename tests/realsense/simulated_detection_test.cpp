@@ -60,12 +60,20 @@ TEST(SimulatedDetection, DraggedFingersStayApartAndAreFollowed) {
 }
 
 TEST(SimulatedDetection, TheDefaultStoryIsReportedFromComingToLeaving) {
-    const Account account = play("scene=demo", 16 * 60);
+    // At half the frame rate touches trail twice as far behind.
+    const Account account = play("scene=demo,fps=30", 16 * 30);
     EXPECT_EQ(account.contacts, 12); // each finger comes down once and taps three times
     EXPECT_EQ(account.contactsReported, account.contacts);
     EXPECT_GE(account.settledWithAllBlobs, account.settledFrames * 98 / 100);
     EXPECT_LE(account.strays, account.reports / 100);
-    EXPECT_LT(account.meanPixelError, 3.0);
+    EXPECT_LT(account.meanPixelError, 5.0);
+}
+
+TEST(SimulatedDetection, TheDefaultStoryOpensWithPreciseTouches) {
+    const Account account = play("scene=demo", 5 * 60);
+    EXPECT_EQ(account.contactsReported, account.contacts);
+    EXPECT_GT(account.reports, 400);
+    EXPECT_LT(account.meanPixelError, 2.5);
     EXPECT_LT(account.meanDisplayError, 2.0);
 }
 
@@ -146,9 +154,7 @@ TEST(SimulatedCalibration, TheProjectionMapIsAlsoAtTheVolumesRoot) {
               shippedFile("touch_projectionMap.json"));
 }
 
-TEST(SimulatedCalibration, SettingsLeaveNothingToADefault) {
-    std::string error;
-    const json11::Json touch = json11::Json::parse(shippedFile("touch.json"), error);
+void expectEverySetting(const json11::Json& touch) {
     for (const char* key :
          {"colorResX", "colorResY", "depthResX", "depthResY", "nearClipMeters", "farClipMeters"})
         EXPECT_TRUE(touch[key].is_number()) << key;
@@ -163,11 +169,32 @@ TEST(SimulatedCalibration, SettingsLeaveNothingToADefault) {
           "allowedBlobNoiseGap", "borderClipTop", "borderClipBottom", "borderClipLeft",
           "borderClipRight"})
         EXPECT_TRUE(touch["touchDetection"]["forwardFacing"][key].is_number()) << key;
+}
+
+TEST(ExampleSettings, LeaveNothingToADefault) {
+    std::string error;
+    const json11::Json touch = json11::Json::parse(shippedFile("touch.json"), error);
+    expectEverySetting(touch);
     EXPECT_EQ(touch["nearClipMeters"].number_value() * 1000.0, camera::simulated::nearClip);
     EXPECT_EQ(touch["farClipMeters"].number_value() * 1000.0, camera::simulated::farClip);
     const json11::Json client = json11::Json::parse(shippedFile("touch_client.json"), error);
     EXPECT_EQ(client["ip"].string_value(), "127.0.0.1");
     EXPECT_EQ(client["port"].number_value(), touch["streaming"]["port"].number_value());
+}
+
+// Settings for recorded pictures of a hand: there is no display, so positions stay pixels.
+TEST(ExampleSettings, OfTheHandKeepPixels) {
+    const std::string text = simulated_tests::fileContent(std::string(QVR_EXAMPLES_DIR) +
+                                                          "/hand/QVR_calibration/touch.json");
+    std::string error;
+    expectEverySetting(json11::Json::parse(text, error));
+    QVR::calibrationBlock block;
+    ASSERT_EQ(block.importCellCalibration(text, 8000.0f), 0);
+    QVR::Vector3 point{123.0, 321.0, 4000.0};
+    block.calibrateVector(point);
+    EXPECT_NEAR(point.x, 123.0, 1e-9);
+    EXPECT_NEAR(point.y, 321.0, 1e-9);
+    EXPECT_NEAR(point.z, 4000.0, 1e-9);
 }
 
 } // namespace
