@@ -19,7 +19,9 @@ const std::string utils::clientSettingsFilePath = calibrationFileDir + "/" + cli
 
 std::string utils::findFilePath(std::string relativePath) {
     for (const std::string& volume : mountedVolumes()) {
-        std::string candidate = volume + "/" + relativePath;
+        std::string candidate = volume;
+        candidate += '/';
+        candidate += relativePath;
         if (access(candidate.c_str(), R_OK) == 0) {
             return candidate;
         }
