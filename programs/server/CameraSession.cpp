@@ -27,6 +27,11 @@ constexpr std::uint32_t byteOrderMarker = 0x01020304;
 // Hosts refuse images above 256 MiB; a pixel has two bytes.
 constexpr double largestImagePixels = 128.0 * 1024.0 * 1024.0;
 
+std::string complaint() {
+    const std::string text = ServerLog::cameraComplaint();
+    return text.empty() ? text : "\nThe camera said: " + text;
+}
+
 } // namespace
 
 CameraSession::Pipeline::Pipeline() {
@@ -69,17 +74,17 @@ void CameraSession::requireStreaming(const Options& options) {
     // A source of pictures is always there; it does not fit then, most likely in size.
     const std::string source = cameraSource(options);
     if (!source.empty() && !source.starts_with("realsense"))
-        throw ServerError(
-            exitBadCameraSource,
-            "camera source '" + source +
-                "' does not start with the sizes and frame rate asked for (" +
-                std::to_string(manager->colorResX) + " x " + std::to_string(manager->colorResY) +
-                " colour, " + std::to_string(manager->depthResX) + " x " +
-                std::to_string(manager->depthResY) + " depth, " + std::to_string(manager->fps) +
-                " frames a second); what it said is above");
-    throw ServerError(exitNoCamera,
-                      "no camera that can be started; what it said is above. Connect a depth "
-                      "camera, or try --camera simulated");
+        throw ServerError(exitBadCameraSource,
+                          "camera source '" + source +
+                              "' does not start with the sizes and frame rate asked for (" +
+                              std::to_string(manager->colorResX) + " x " +
+                              std::to_string(manager->colorResY) + " colour, " +
+                              std::to_string(manager->depthResX) + " x " +
+                              std::to_string(manager->depthResY) + " depth, " +
+                              std::to_string(manager->fps) + " frames a second)" + complaint());
+    throw ServerError(exitNoCamera, "no camera that can be started. Connect a depth camera, or try "
+                                    "--camera simulated" +
+                                        complaint());
 }
 
 void CameraSession::applyOptions(const Options& options) {

@@ -18,16 +18,17 @@ std::atomic<bool> verboseLog{false};
 std::atomic<bool> pipelineQuiet{false};
 std::mutex outputMutex;
 
-// How messages begin that a user has to know about.
-constexpr std::array<std::string_view, 17> importantBeginnings = {
+// How messages begin in which the camera says why it fails.
+constexpr std::array<std::string_view, 5> complaintBeginnings = {
+    "RealSense error", "No depth cam found", "LibRealSense returned", "Hardware camera",
+    "Caught exception while"};
+
+// How other messages begin that a user has to know about.
+constexpr std::array<std::string_view, 13> importantBeginnings = {
     "WARNING",
     "Warning",
     "ERROR",
     "Error",
-    "RealSense error",
-    "No depth cam found",
-    "LibRealSense returned",
-    "Hardware camera",
     "Caught exception",
     "Failed to",
     "Using device",
@@ -61,6 +62,17 @@ class RepetitionFilter {
     std::size_t next_ = 0;
 };
 
+std::string& lastComplaint() {
+    static std::string text;
+    return text;
+}
+
+template <typename Beginnings>
+bool beginsWithOneOf(std::string_view message, const Beginnings& beginnings) {
+    return std::any_of(beginnings.begin(), beginnings.end(),
+                       [&](std::string_view beginning) { return message.starts_with(beginning); });
+}
+
 void print(const std::string& text) {
     std::fprintf(stderr, "%s\n", text.c_str());
 }
@@ -86,17 +98,24 @@ void ServerLog::setPipelineQuiet(bool quiet) {
 }
 
 void ServerLog::receivePipelineMessage(const char* message) {
-    if (!verboseLog && (pipelineQuiet || !isImportant(message)))
-        return;
     static RepetitionFilter repetitions;
     const std::lock_guard lock(outputMutex);
+    if (beginsWithOneOf(message, complaintBeginnings))
+        lastComplaint() = message;
+    if (!verboseLog && (pipelineQuiet || !isImportant(message)))
+        return;
     if (verboseLog || repetitions.isNew(message, Clock::now()))
         print(message);
 }
 
 bool ServerLog::isImportant(std::string_view message) {
-    return std::any_of(importantBeginnings.begin(), importantBeginnings.end(),
-                       [&](std::string_view beginning) { return message.starts_with(beginning); });
+    return beginsWithOneOf(message, complaintBeginnings) ||
+           beginsWithOneOf(message, importantBeginnings);
+}
+
+std::string ServerLog::cameraComplaint() {
+    const std::lock_guard lock(outputMutex);
+    return lastComplaint();
 }
 
 } // namespace server

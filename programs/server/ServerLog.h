@@ -25,6 +25,9 @@ class ServerLog {
     // camera says, and the same message only once in ten seconds.
     static void receivePipelineMessage(const char* message);
 
+    // The last reason that the camera gave for not starting or delivering, or "".
+    static std::string cameraComplaint();
+
     // Whether a message of the pipeline is a warning, an error or the camera's.
     static bool isImportant(std::string_view message);
 };

@@ -66,8 +66,7 @@ TEST_F(CameraSessionTest, DescribesItsFrames) {
 TEST_F(CameraSessionTest, NamesTheWayOutWithoutACamera) {
     camera.plugged = false;
     EXPECT_EQ(problem(server::exitNoCamera, [] { CameraSession session((Options())); }),
-              "no camera that can be started; what it said is above. Connect a depth camera, or "
-              "try --camera simulated");
+              "no camera that can be started. Connect a depth camera, or try --camera simulated");
     EXPECT_EQ(cameraManager::get(), nullptr);
 }
 
@@ -86,7 +85,7 @@ TEST_F(CameraSessionTest, BlamesASourceOfPicturesThatDoesNotFit) {
     EXPECT_EQ(problem(server::exitBadCameraSource,
                       [] { CameraSession session(withCamera("images:/x")); }),
               "camera source 'images:/x' does not start with the sizes and frame rate asked for "
-              "(640 x 480 colour, 320 x 200 depth, 30 frames a second); what it said is above");
+              "(640 x 480 colour, 320 x 200 depth, 30 frames a second)");
     const support::ScopedEnvironment variable("QVR_CAMERA", "images:/y");
     EXPECT_THAT(problem(server::exitBadCameraSource, [] { CameraSession session((Options())); }),
                 HasSubstr("'images:/y'"));

@@ -69,6 +69,16 @@ TEST_F(ServerLogTest, SaysTheSameThingOnce) {
     EXPECT_EQ(heard(talk).size(), 4200U);
 }
 
+TEST_F(ServerLogTest, RemembersWhatTheCameraComplainedOf) {
+    ServerLog::setPipelineQuiet(true);
+    ServerLog::receivePipelineMessage("RealSense error calling f(x):\n    busy");
+    ServerLog::receivePipelineMessage("Failed to start camera streams.");
+    ServerLog::receivePipelineMessage("Warning: Did not find maxDiffNear value");
+    EXPECT_EQ(ServerLog::cameraComplaint(), "RealSense error calling f(x):\n    busy");
+    ServerLog::receivePipelineMessage("No depth cam found.");
+    EXPECT_EQ(ServerLog::cameraComplaint(), "No depth cam found.");
+}
+
 TEST_F(ServerLogTest, HoldsThePipelineBackWhileACameraIsAwaited) {
     ServerLog::setPipelineQuiet(true);
     const auto talk = [] {
