@@ -92,9 +92,6 @@ void blobManager::updateTouches(touchManager* touches) {
 }
 
 void blobManager::processBlobLine(unsigned long start, unsigned long end, unsigned int y) {
-    if (y >= height) {
-        return;
-    }
     const auto middle = static_cast<float>((start + end) / 2);
     for (cImageBlob& blob : blobs) {
         const auto rowsBelow = static_cast<std::int32_t>(y - static_cast<std::uint32_t>(blob.maxY));

@@ -70,11 +70,7 @@ void cImageBlob::calculateCenter(const unsigned short* depth, unsigned short, un
     if (!valid) {
         return;
     }
-    if (minY > maxY) {
-        valid = false;
-        return;
-    }
-
+    // Crossed row limits leave the sums empty, and the blob becomes invalid below.
     CenterSums sums;
     const std::size_t rows = std::min({lineStart.size(), lineEnd.size(), std::size_t{height}});
     for (std::size_t y = minY; y < rows && y <= maxY; ++y) {

@@ -202,6 +202,21 @@ TEST_F(BlobManagerFrame, WithAFarLimitBeyond64000AFrameWithoutFlatPixelsStartsTh
     EXPECT_EQ(manager.cutoffDepth, 64010);
 }
 
+TEST_F(BlobManagerFrame, WithAFarLimitOf64000AFrameWithoutFlatPixelsStartsThereToo) {
+    size(21, 21);
+    manager.farLimit = 64000;
+    manager.maxDiffNear = manager.maxDiffFar = 10;
+    manager.cutoffDepth = 5;
+    Image image(21, 21);
+    image.at(10, 10) = 1000;
+    process(image);
+    EXPECT_EQ(manager.cutoffDepth, 64010);
+    manager.farLimit = 63999;
+    manager.cutoffDepth = 5;
+    process(image);
+    EXPECT_EQ(manager.cutoffDepth, 15);
+}
+
 TEST_F(BlobManagerFrame, CutWrapsAt16Bits) {
     size(20, 20);
     manager.farLimit = 65535;

@@ -88,7 +88,7 @@ TEST(BlobManagerOracle, FullSizeFramesEqualTheLiteralAlgorithm) {
     product.setConfig(8000.0f, 640, 480);
     literal::Detection expected(640, 480);
     Found found;
-    for (int frame = 0; frame < 3; ++frame) {
+    for (std::uint32_t frame = 0; frame < 3; ++frame) {
         // Fingers of 17 columns and 60 rows on a far surface.
         literal::Image image(640, 480, 2400);
         for (std::uint32_t y = 40; y < 400; ++y) {

@@ -109,6 +109,15 @@ TEST_F(BlobManagerRuns, DroppedRunLeavesItsStartToANextOneNearBy) {
     EXPECT_EQ(line(0), (Line{14, 26}));
 }
 
+TEST_F(BlobManagerRuns, RunThatEndedLeavesItsStartToANextOneNearBy) {
+    manager.allowedBlobNoiseGap = 2;
+    manager.blobLineAssocLimitU = 0; // every run is a blob of its own
+    extract({"....." + times(13, '#') + ".." + times(14, '#') + "...."});
+    ASSERT_EQ(validBlobs(), 2U);
+    EXPECT_EQ(line(0), (Line{5, 18}));
+    EXPECT_EQ(line(1), (Line{5, 19}));
+}
+
 TEST_F(BlobManagerRuns, RunNearTheLeftEdgeStartsAtTheEdge) {
     for (int first = 0; first < 3; ++first) {
         extract({times(first, '.') + times(12, '#') + "...."});

@@ -228,6 +228,15 @@ TEST(TouchManager, BlobBeyondEveryDistanceTakesTheLeastConfidentSlot) {
     EXPECT_EQ(touches.touchSlots[4].confidence, 2);
 }
 
+TEST(TouchManager, SlotBelowFreeIsTakenOnlyWhenNoOtherCanBe) {
+    touchManager touches;
+    touches.touchSlots[0].confidence = -2;
+    frame(touches, {{10, 10, 900}});
+    EXPECT_EQ(matchedSlots(touches), std::vector<int>{1});
+    frame(touches, {{1e30f, 100, 900}});
+    EXPECT_EQ(matchedSlots(touches), std::vector<int>{0});
+}
+
 TEST(TouchManager, MissingSlotIsLoggedAndMovesNothing) {
     const support::LogCapture log;
     touchManager touches;
