@@ -6,6 +6,7 @@
 #include "detection/ImageDownsampler.h"
 #include "detection/blobManager.h"
 #include "detection/touchManager.h"
+#include "foundation/utils.h"
 #include "support/LogCapture.h"
 #include "support/ScopedEnvironment.h"
 #include "support/TemporaryVolume.h"
@@ -154,6 +155,42 @@ TEST_F(PipelineOnSimulatedCamera, TouchesAreWhereTheFingersAre) {
         const long active = std::count_if(frame.touches, frame.touches + 10,
                                           [](const auto& touch) { return touch.active == 1; });
         EXPECT_EQ(active, touching);
+    }
+    EXPECT_EQ(checked, 3 * 10);
+}
+
+TEST_F(PipelineOnSimulatedCamera, ShippedSettingsPutTouchesOnTheDisplay) {
+    const std::string folder = QVR_SIMULATED_SETTINGS;
+    std::string settings = QVR::utils::readFileContent(folder + "/touch.json");
+    const std::string rate = "\"fps\": 60";
+    ASSERT_NE(settings.find(rate), std::string::npos);
+    // The story takes the same seconds in fewer frames.
+    settings.replace(settings.find(rate), rate.size(), "\"fps\": 20");
+    volume.write("QVR_calibration/touch_projectionMap.json",
+                 QVR::utils::readFileContent(folder + "/touch_projectionMap.json"));
+    cameraManager& manager = start("simulated:scene=resting,fingers=3,pace=off,seed=7", settings);
+    ASSERT_NE(manager.projectionMap, nullptr);
+    int checked = 0;
+    for (int i = 0; i < 60; ++i) {
+        ASSERT_EQ(cameraManager::update(frame), 0);
+        if (i < 50) {
+            continue; // let the fingers arrive and come to rest
+        }
+        const rs_scene_truth scene = truth();
+        for (int f = 0; f < scene.finger_count; ++f) {
+            const rs_scene_finger& finger = scene.fingers[f];
+            double nearest = 1e9;
+            for (int slot = 0; slot < 10; ++slot) {
+                if (frame.touches[slot].active == 1) {
+                    nearest =
+                        std::min(nearest, std::hypot(frame.touches[slot].x - finger.display[0],
+                                                     frame.touches[slot].y - finger.display[1]));
+                }
+            }
+            // Millimetres; less than half a fingertip.
+            EXPECT_LT(nearest, 8.0) << "finger " << finger.id << " in frame " << scene.frame;
+            checked += finger.touching;
+        }
     }
     EXPECT_EQ(checked, 3 * 10);
 }
