@@ -283,6 +283,48 @@ TEST(SimulatedSource, RejectsWhatItDoesNotKnow) {
                  std::runtime_error);
 }
 
+// Depth pixel -> space -> colour camera -> colour pixel must lead from a fingertip to its
+// picture.
+TEST(SimulatedSource, BothImagesShowTheSameScene) {
+    Scene scene("scene=resting,fingers=4,noise=0");
+    const Pictures pictures = scene.pictures(0);
+    const Pictures empty = Scene("scene=empty,noise=0").pictures(0);
+    const camera::CameraGeometry& geometry = scene.geometry();
+    const auto showsHand = [&](const float(&pixel)[2], float depth) {
+        const float z = depth * geometry.depthScale;
+        const float point[3] = {(pixel[0] - geometry.depth.ppx) / geometry.depth.fx * z,
+                                (pixel[1] - geometry.depth.ppy) / geometry.depth.fy * z, z};
+        float moved[3];
+        for (int i = 0; i < 3; ++i)
+            moved[i] = geometry.depthToColor.rotation[i] * point[0] +
+                       geometry.depthToColor.rotation[i + 3] * point[1] +
+                       geometry.depthToColor.rotation[i + 6] * point[2] +
+                       geometry.depthToColor.translation[i];
+        const long column =
+            std::lround(moved[0] / moved[2] * geometry.color.fx + geometry.color.ppx);
+        const long row = std::lround(moved[1] / moved[2] * geometry.color.fy + geometry.color.ppy);
+        const long width = geometry.color.width;
+        if (column < 0 || column >= width || row < 0 || row >= geometry.color.height)
+            return false;
+        const auto start = static_cast<std::ptrdiff_t>((row * width + column) * 3);
+        return !std::equal(pictures.color.begin() + start, pictures.color.begin() + start + 3,
+                           empty.color.begin() + start);
+    };
+    const rs_scene_truth truth = scene.truth(0);
+    for (int i = 0; i < truth.finger_count; ++i) {
+        const rs_scene_finger& finger = truth.fingers[i];
+        EXPECT_TRUE(showsHand(finger.pixel, finger.depth)) << i;
+        // The finger is some 15 pixels in radius, so both sides belong to it too.
+        for (const float aside : {-6.0f, 6.0f}) {
+            const float beside[2] = {finger.pixel[0] + aside, finger.pixel[1]};
+            EXPECT_TRUE(showsHand(beside, finger.depth + 6.0f)) << i;
+        }
+        // Above the tip there is table or display.
+        const float above[2] = {finger.pixel[0], finger.pixel[1] - 24.0f};
+        EXPECT_FALSE(showsHand(above, finger.depth)) << i;
+    }
+}
+
 TEST(SimulatedSource, PaceOffTurnsPacingOff) {
     EXPECT_FALSE(Scene("pace=off").source().paced());
     EXPECT_TRUE(Scene("pace=on").source().paced());
