@@ -34,6 +34,7 @@ class ChildProcess {
     ChildProcess(const ChildProcess&) = delete;
     ChildProcess& operator=(const ChildProcess&) = delete;
 
+    pid_t id() const { return process_; }
     // How it ended, or nothing while it runs. Does not wait.
     std::optional<Ending> ending();
     // Asks it to end, waits a little, then makes it end.

@@ -147,7 +147,7 @@ Box boxOfLabel(Point center, float width, float height, const std::vector<Box>& 
         for (const Box& other : taken) {
             hidden += box.overlapWith(other);
         }
-        if (hidden < leastHidden) {
+        if (hidden + 1 < leastHidden) { // less than a pixel is a rounding error
             leastHidden = hidden;
             best = box;
         }
