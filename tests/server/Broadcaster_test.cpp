@@ -334,9 +334,9 @@ TEST(Broadcaster, GoesOnWithoutTouchesWhileTheCameraIsLost) {
     for (int i = 0; i < 20; ++i) {
         const TouchFrame frame = readTouch(client);
         EXPECT_EQ(frame.touches[0].active, 0);
-        EXPECT_EQ(frame.touches[0].x, -1.0);
-        EXPECT_EQ(frame.touches[0].y, -1.0);
-        EXPECT_EQ(frame.touches[0].z, -1.0);
+        EXPECT_DOUBLE_EQ(frame.touches[0].x, -1.0);
+        EXPECT_DOUBLE_EQ(frame.touches[0].y, -1.0);
+        EXPECT_DOUBLE_EQ(frame.touches[0].z, -1.0);
         EXPECT_EQ(frame.touches[1].active, 0);
         EXPECT_EQ(frame.depth, 777);
     }
@@ -348,7 +348,7 @@ TEST(Broadcaster, GoesOnWithoutTouchesWhileTheCameraIsLost) {
     while (frame.depth == 777)
         frame = readTouch(client);
     EXPECT_EQ(frame.touches[0].active, 1);
-    EXPECT_EQ(frame.touches[0].x, 0.25);
+    EXPECT_DOUBLE_EQ(frame.touches[0].x, 0.25);
     EXPECT_EQ(frame.depth, 778);
     EXPECT_FALSE(client.readable(50));
 }
@@ -375,7 +375,7 @@ TEST(Broadcaster, SendsBlankFramesWhenTheCameraIsLostBeforeItsFirst) {
     running.broadcaster.cameraLost();
     const TouchFrame frame = readTouch(client);
     EXPECT_EQ(frame.touches[0].active, 0);
-    EXPECT_EQ(frame.touches[0].x, -1.0);
+    EXPECT_DOUBLE_EQ(frame.touches[0].x, -1.0);
     EXPECT_EQ(frame.depth, 0);
 }
 
