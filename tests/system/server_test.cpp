@@ -225,6 +225,23 @@ TEST_F(Server, EndsAfterTheFramesAskedForAndLogsThem) {
     EXPECT_EQ(touches, 11U);
 }
 
+TEST_F(Server, LogsTheTruthOfASimulatedScene) {
+    const support::TemporaryFolder noSettings;
+    const std::string log = folder.path() + "/touches.jsonl";
+    ServerProcess server(noSettings.path(), {"--camera", "simulated:pace=off", "--port", "0",
+                                             "--frames", "5", "--touch-log", log});
+    EXPECT_EQ(server.waitForEnd(), 0);
+    std::ifstream file(log);
+    std::string text;
+    int lines = 0;
+    while (std::getline(file, text)) {
+        std::string error = "noError";
+        EXPECT_TRUE(json11::Json::parse(text, error)["truth"].is_array()) << text;
+        ++lines;
+    }
+    EXPECT_EQ(lines, 5);
+}
+
 TEST_F(Server, PrintsItsStateEverySoOften) {
     ServerProcess server(folder.path(), withCamera({"--stats", "0.1", "--frames", "30"}));
     EXPECT_EQ(server.waitForEnd(), 0);
