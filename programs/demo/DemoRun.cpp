@@ -72,7 +72,7 @@ std::string DemoRun::startServer() {
     const double limit = std::ceil((options_.seconds + 20) * mostFramesPerSecond);
     server_ = std::make_unique<ChildProcess>(Command{
         options_.server.string(),
-        {"--camera", options_.camera, "--port", "0", "--color", "--depth", "--processed", "--touch",
+        {"--camera", sourceFor(options_.camera), "--port", "0", "--color", "--depth", "--processed", "--touch",
          "--frames", std::to_string(static_cast<long long>(limit)), "--touch-log", serverLog()},
         {environment_},
         workspace_.file("server.txt")});

@@ -27,10 +27,19 @@ fs::path defaultPictures(const fs::path& programFolder) {
                                                          : fs::path("qvr-demo-pictures");
 }
 
+bool isImageFolder(const std::string& camera) {
+    return camera.rfind("images:", 0) == 0;
+}
+
 } // namespace
 
+std::string sourceFor(const std::string& camera) {
+    const bool asGiven = !isImageFolder(camera) || camera.find(",hold=") != std::string::npos;
+    return asGiven ? camera : camera + ",hold=20";
+}
+
 fs::path examplesFor(const std::string& camera, const fs::path& programFolder) {
-    const char* name = camera.rfind("images:", 0) == 0 ? "hand" : "simulated";
+    const char* name = isImageFolder(camera) ? "hand" : "simulated";
     std::error_code ignored;
     fs::path above = programFolder;
     for (int level = 0; level < 5 && above.has_relative_path(); ++level) {

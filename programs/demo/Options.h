@@ -30,6 +30,10 @@ struct Options {
 std::optional<int> parseOptions(int argc, char** argv, const std::filesystem::path& programFolder,
                                 Options& options);
 
+// The camera source as the server is asked for it. A folder's pictures, which may be far apart in
+// time, stay for most of a second each, long enough for touches to come to rest.
+std::string sourceFor(const std::string& camera);
+
 // The example settings for a camera source: in the source tree above a build tree, or in the share
 // folder of an installation. Where none are found, where they would be installed.
 std::filesystem::path examplesFor(const std::string& camera,

@@ -31,10 +31,19 @@ Touch touchFrom(const json& value) {
              static_cast<float>(number(value.at("z")))}};
 }
 
+// A touch outside the distortion grid is sent at this place, and a host that reads positions alone
+// cannot tell it from an empty slot.
+bool isUnusable(const Touch& touch) {
+    return touch.position == std::array<float, 3>{-1, -1, -1};
+}
+
 void read(const json& line, ServerFrame& frame) {
     frame.frame = line.at("frame").get<std::uint64_t>();
     for (const json& value : line.at("touches")) {
-        frame.touches.push_back({touchFrom(value), numbers<2>(value.at("pixel"))});
+        const Touch touch = touchFrom(value);
+        if (!isUnusable(touch)) {
+            frame.touches.push_back({touch, numbers<2>(value.at("pixel"))});
+        }
     }
     frame.truthKnown = line.contains("truth");
     if (frame.truthKnown) {

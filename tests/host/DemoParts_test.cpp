@@ -61,6 +61,17 @@ TEST_F(DemoParts, ReadTheServersLog) {
     EXPECT_FALSE(log.frames[1].truthKnown);
 }
 
+TEST_F(DemoParts, PassOverTouchesThatAHostCannotTellFromEmptySlots) {
+    const auto log = demo::readServerLog(
+        write("log", R"({"frame":0,"time":0,"touches":[)"
+                     R"({"slot":0,"x":-1,"y":-1,"z":-1,"pixel":[700,20],"depth":4000},)"
+                     R"({"slot":1,"x":-1,"y":-1,"z":2,"pixel":[10,20],"depth":4000}]})"
+                     "\n"));
+    ASSERT_EQ(log.frames.size(), 1u);
+    ASSERT_EQ(log.frames[0].touches.size(), 1u);
+    EXPECT_EQ(log.frames[0].touches[0].touch.slot, 1);
+}
+
 TEST_F(DemoParts, ReadTheHostsLog) {
     const auto log = demo::readHostLog(write(
         "log", R"({"frame":1,"time":0.25,"result":0,"touches":[{"slot":9,"x":1,"y":2,"z":3}]})"
@@ -121,6 +132,12 @@ TEST_F(DemoParts, FindExamplesAboveABuildTreeOrInAnInstallation) {
     EXPECT_EQ(demo::examplesFor("images:/some/where", bin), folder / "docs/examples/hand");
     EXPECT_EQ(demo::examplesFor("simulated", "/nowhere/bin"),
               "/nowhere/share/qvr-touch/examples/simulated");
+}
+
+TEST_F(DemoParts, LetThePicturesOfAFolderStayUntilTouchesRest) {
+    EXPECT_EQ(demo::sourceFor("images:hands"), "images:hands,hold=20");
+    EXPECT_EQ(demo::sourceFor("images:hands,hold=2"), "images:hands,hold=2");
+    EXPECT_EQ(demo::sourceFor("simulated:fingers=2"), "simulated:fingers=2");
 }
 
 TEST_F(DemoParts, NameThePicturesThatAreThere) {

@@ -173,6 +173,24 @@ class KeeperOnAScript : public testing::Test {
     host::HostState state;
 };
 
+TEST_F(KeeperOnAScript, PrefersTouchesAtRest) {
+    start(2);
+    host::Keeper keeper(plugin->functions());
+    state.touches = {{0, 50, 50, 600}, {1, 90, 50, 600}};
+    keeper.consider(state, true);
+    state.touches = {{0, 70, 50, 600}, {1, 90.5, 50, 600}}; // one moves, one rests
+    keeper.consider(state, false);
+    EXPECT_EQ(keeper.best()->touches[0].touch.x, 70);
+    state.touches = {{0, 70.5, 50, 600}, {1, 90.5, 50, 600}}; // both rest
+    keeper.consider(state, false);
+    EXPECT_EQ(keeper.best()->touches[0].touch.x, 70.5);
+    // Three, but only one of them at rest.
+    state.touches = {{0, 70.5, 50, 600}, {1, 95, 50, 600}, {2, 20, 50, 600}};
+    keeper.consider(state, false);
+    EXPECT_EQ(keeper.best()->touches.size(), 2U);
+    EXPECT_EQ(keeper.best()->touches[0].touch.x, 70.5);
+}
+
 TEST_F(KeeperOnAScript, KeepsTheFirstFrameWithTheMostTouches) {
     start(2);
     host::Keeper keeper(plugin->functions());

@@ -134,7 +134,7 @@ TEST_F(ImageFolderTest, TakesEveryKey) {
 TEST_F(ImageFolderTest, RefusesOtherKeysAndValues) {
     folder.writeDepth("a.png", 4, 3, samples(4, 3, 1000));
     EXPECT_EQ(problem(",speed=2"), "camera source \"images\" has no key \"speed\"; accepted: "
-                                   "scale, fps, fx, fy, ppx, ppy, pace");
+                                   "scale, fps, hold, fx, fy, ppx, ppy, pace");
     EXPECT_EQ(problem(",fps=0"), "camera source \"images\": key \"fps\" cannot be \"0\"; accepted: "
                                  "a whole number from 1 to 1000");
     EXPECT_EQ(problem(",scale=0"), "camera source \"images\": key \"scale\" cannot be \"0\"; "
@@ -153,6 +153,24 @@ TEST_F(ImageFolderTest, FollowsTheRateAskedForUnlessOneIsSet) {
     const auto fixed = source(",fps=25");
     EXPECT_EQ(fixed->configure({0, 0, 25}, {}).framerate, 25);
     EXPECT_EQ(rateProblem(*fixed, 30), "the images come at 25 frames a second (fps), not at 30");
+}
+
+TEST_F(ImageFolderTest, HoldsEachPictureAsLongAsAskedFor) {
+    folder.writeDepth("a.png", 2, 1, samples(2, 1, 1000));
+    folder.writeDepth("b.png", 2, 1, samples(2, 1, 2000));
+    const auto camera = source(",hold=3");
+    camera->configure({}, {});
+    std::vector<std::uint16_t> firstSamples;
+    for (std::uint64_t number = 0; number < 8; ++number) {
+        std::vector<std::uint16_t> depth(2);
+        camera->render(number, depth, {});
+        firstSamples.push_back(depth[0]);
+    }
+    const std::uint16_t a = samples(2, 1, 1000)[0];
+    const std::uint16_t b = samples(2, 1, 2000)[0];
+    EXPECT_EQ(firstSamples, (std::vector<std::uint16_t>{a, a, a, b, b, b, a, a}));
+    EXPECT_EQ(problem(",hold=0"), "camera source \"images\": key \"hold\" cannot be \"0\"; "
+                                  "accepted: a whole number from 1 to 1000");
 }
 
 TEST_F(ImageFolderTest, DeliversDepthInTheImagesSizeOnly) {

@@ -12,7 +12,7 @@ constexpr int longestColorSide = 16384;
 
 // Checks the options before the folder is read, which may take a while.
 const std::string& checkedFolder(const SourceOptions& options) {
-    options.acceptOnly({"scale", "fps", "fx", "fy", "ppx", "ppy", "pace"});
+    options.acceptOnly({"scale", "fps", "hold", "fx", "fy", "ppx", "ppy", "pace"});
     if (options.positional().empty()) {
         throw std::runtime_error("camera source \"images\" needs a folder: images:DIR");
     }
@@ -47,8 +47,8 @@ rs_intrinsics stretched(const rs_intrinsics& lens, ImageSize size) {
 ImageFolderSource::ImageFolderSource(const SourceOptions& options)
     : folderName_(checkedFolder(options)), folder_(folderName_),
       depthScale_(real(options, "scale", 0.000125, 1e-9, 1.0)),
-      framerate_(options.integer("fps", 0, 1, 1000)), fx_(real(options, "fx", 476.0, 1e-3, 1e6)),
-      fy_(real(options, "fy", 476.0, 1e-3, 1e6)),
+      framerate_(options.integer("fps", 0, 1, 1000)), hold_(options.integer("hold", 1, 1, 1000)),
+      fx_(real(options, "fx", 476.0, 1e-3, 1e6)), fy_(real(options, "fy", 476.0, 1e-3, 1e6)),
       ppx_(real(options, "ppx", folder_.depthSize().width / 2.0, -1e6, 1e6)),
       ppy_(real(options, "ppy", folder_.depthSize().height / 2.0, -1e6, 1e6)),
       paced_(options.onOff("pace", true)) {}
@@ -83,7 +83,8 @@ CameraGeometry ImageFolderSource::configure(const StreamRequest& depth,
 
 void ImageFolderSource::render(std::uint64_t number, std::span<std::uint16_t> depth,
                                std::span<std::uint8_t> color) {
-    const auto index = static_cast<std::size_t>(number % folder_.count());
+    const std::uint64_t picture = number / static_cast<std::uint64_t>(hold_);
+    const auto index = static_cast<std::size_t>(picture % folder_.count());
     if (!depth.empty()) {
         folder_.copyDepth(index, depth);
     }

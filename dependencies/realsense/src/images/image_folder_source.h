@@ -36,6 +36,7 @@ class ImageFolderSource : public FrameSource {
     ImageFolder folder_;
     float depthScale_;
     int framerate_; // 0: as the program asks
+    int hold_;      // frames for which each picture stays
     float fx_, fy_, ppx_, ppy_;
     bool paced_;
     ImageSize colorSize_;
