@@ -31,6 +31,8 @@ install(FILES
     ${CMAKE_CURRENT_BINARY_DIR}/QVRTouchConfigVersion.cmake
     DESTINATION ${QVR_PACKAGE_DESTINATION})
 
+# Relative, so that an installation may be moved.
+file(RELATIVE_PATH QVR_PC_TO_PREFIX /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
 configure_file(cmake/qvr-touch.pc.in qvr-touch.pc @ONLY)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/qvr-touch.pc
     DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
