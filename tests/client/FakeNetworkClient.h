@@ -9,6 +9,8 @@
 
 namespace client_test {
 
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
 class FakeNetworkClient final : public QVR::NetworkClient {
   public:
     int init() override { return note("init", initResult); }
@@ -44,5 +46,6 @@ class FakeNetworkClient final : public QVR::NetworkClient {
         return result;
     }
 };
+#pragma GCC diagnostic pop
 
 } // namespace client_test

@@ -346,6 +346,46 @@ TEST(NetworkClient, MakesAClosedTcpClient) {
     QVR::NetworkClient::freeClient(nullptr);
 }
 
+// The warning is about base classes that do not say how they are deleted; this one does.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wdelete-non-virtual-dtor"
+TEST(NetworkClient, MayBeDeletedByItsOwner) {
+    QVR::NetworkClient* client = QVR::NetworkClient::mkClient();
+    ASSERT_NE(client, nullptr);
+    client->close();
+    client->cleanup();
+    delete client;
+    client = nullptr;
+    delete client;
+}
+#pragma GCC diagnostic pop
+
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
+class CountingClient final : public QVR::TcpClientWin {
+  public:
+    int close() override {
+        ++closes;
+        return TcpClientWin::close();
+    }
+    int closes = 0;
+};
+#pragma GCC diagnostic pop
+
+TEST(NetworkClient, FreesClientsOfOtherKindsAsWell) {
+    auto* client = new CountingClient;
+    QVR::NetworkClient::freeClient(client);
+}
+
+TEST(TcpClientWinOverridden, IsClosedThroughItsTable) {
+    const LogCapture log;
+    CountingClient client;
+    client.cleanup();
+    EXPECT_EQ(client.closes, 1);
+    EXPECT_EQ(client.connect("127.0.0.1", support::unusedPort().c_str()), -1);
+    EXPECT_EQ(client.closes, 2);
+}
+
 TEST(NetworkClient, NeedsNoSocketLibrary) {
     EXPECT_EQ(QVR::socketsInit(), 0);
     QVR::socketsCleanUp();

@@ -3,19 +3,30 @@
 
 #include "foundation/qvrApi.h"
 
+#include <new>
+
 namespace QVR {
 
 // A blocking client of one server. One owner thread uses a client at a time; nothing here locks.
 //
-// The order of the virtual functions is part of the binary interface: new ones go to the end.
+// The order of the virtual functions is part of the binary interface: new ones go to the end, and
+// there is no place for a destructor.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
 class QVR_API NetworkClient {
   public:
-    // A new, closed client of the one kind there is (TCP), or null without memory. Give it back
-    // with freeClient after `close` and `cleanup`.
+    // A new, closed client of the one kind there is (TCP), or null without memory. The caller owns
+    // it and frees it after `close` and `cleanup`.
     static NetworkClient* mkClient();
 
-    // Frees a client that mkClient made; null does nothing. It closes nothing by itself.
+    // Frees a client that was made with `new`; null does nothing. Only the memory goes: no
+    // destructor runs and nothing is closed, so a client of another kind must let go of all that
+    // it owns in `cleanup`.
     static void freeClient(NetworkClient* client);
+
+    // `delete client` does the same. Compilers may warn about it for the destructor's sake, which
+    // is not called.
+    void operator delete(NetworkClient* client, std::destroying_delete_t);
 
     // Makes the client ready to connect. 0, or a negative code.
     virtual int init() = 0;
@@ -47,17 +58,18 @@ class QVR_API NetworkClient {
     // Reads four big-endian bytes into `value` with one system call and returns its result.
     virtual int rcvInt(int* value) = 0;
 
+    // Whether init has made the client ready.
     virtual bool isInit() = 0;
 
+    // Whether there is a connection, as far as this end has been told; see recv.
     virtual bool isConnected() = 0;
-
-  protected:
-    // Not virtual, as the table above starts with `init`: freeClient knows the concrete class.
-    ~NetworkClient() = default;
 };
+#pragma GCC diagnostic pop
 
 // Start-up of the platform's socket library, where it needs one; here it does not. 0.
 QVR_API int socketsInit();
+
+// The end of what socketsInit began; does nothing here.
 QVR_API void socketsCleanUp();
 
 // Placeholder of a receive test; does nothing and returns 0.

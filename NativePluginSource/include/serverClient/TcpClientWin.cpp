@@ -195,7 +195,11 @@ NetworkClient* NetworkClient::mkClient() {
 }
 
 void NetworkClient::freeClient(NetworkClient* client) {
-    delete static_cast<TcpClientWin*>(client);
+    ::operator delete(dynamic_cast<void*>(client));
+}
+
+void NetworkClient::operator delete(NetworkClient* client, std::destroying_delete_t) {
+    freeClient(client);
 }
 
 int socketsInit() {

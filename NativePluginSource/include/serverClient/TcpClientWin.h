@@ -6,7 +6,10 @@
 
 namespace QVR {
 
-class QVR_API TcpClientWin final : public NetworkClient {
+// Without a virtual destructor, as NetworkClient says.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
+class QVR_API TcpClientWin : public NetworkClient {
   public:
     int init() override;
     int connect(const char* host, const char* port) override;
@@ -30,5 +33,6 @@ class QVR_API TcpClientWin final : public NetworkClient {
 
     int releasedDescriptor_ = -1;
 };
+#pragma GCC diagnostic pop
 
 } // namespace QVR
