@@ -4,6 +4,7 @@
 #include "support/LogCapture.h"
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -13,6 +14,8 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <netdb.h>
+#include <netinet/in.h>
 #include <sys/socket.h>
 #include <sys/types.h>
 #include <time.h>
@@ -32,12 +35,23 @@ struct System {
     std::vector<std::string> sends;
     int sendFlags = 0;
     bool refusesSockets = false;
-    std::vector<long> sleeps; // nanoseconds
+    std::vector<std::string> sockets;   // "family type protocol" of each
+    std::vector<long> sleeps;           // nanoseconds
+    std::vector<std::string> lookups;   // "host port", then the hints
+    std::vector<int> connectionResults; // one for each address that the lookup finds
+    std::vector<int> connections;       // the address of each attempt, by its place in the list
+    int listsFreed = 0;
 };
 
 System& scripted() {
     static System state;
     return state;
+}
+
+// What the lookup finds: up to four addresses, told apart by their length.
+std::array<addrinfo, 4>& addressList() {
+    static std::array<addrinfo, 4> list;
+    return list;
 }
 
 long answer(const Result& result) {
@@ -68,8 +82,41 @@ ssize_t send(int, const void* buffer, size_t size, int flags) {
     return answer(scripted().sent);
 }
 
-int socket(int, int, int) noexcept {
+int socket(int family, int type, int protocol) noexcept {
+    scripted().sockets.push_back(std::to_string(family) + " " + std::to_string(type) + " " +
+                                 std::to_string(protocol));
     return static_cast<int>(answer(scripted().refusesSockets ? Result{-1, EMFILE} : Result{900}));
+}
+
+int getaddrinfo(const char* host, const char* port, const addrinfo* hints, addrinfo** list) {
+    scripted().lookups.push_back(std::string(host) + " " + port);
+    for (const int hint : {hints->ai_flags, hints->ai_family, hints->ai_socktype,
+                           hints->ai_protocol, static_cast<int>(hints->ai_addrlen)}) {
+        scripted().lookups.push_back(std::to_string(hint));
+    }
+    const std::size_t count = scripted().connectionResults.size();
+    if (count == 0) {
+        return EAI_NONAME;
+    }
+    for (std::size_t place = 0; place < count; ++place) {
+        addrinfo& entry = addressList().at(place);
+        entry = {};
+        entry.ai_family = AF_INET6;
+        entry.ai_addrlen = static_cast<socklen_t>(place);
+        entry.ai_next = place + 1 < count ? &addressList().at(place + 1) : nullptr;
+    }
+    *list = addressList().data();
+    return 0;
+}
+
+void freeaddrinfo(addrinfo* list) noexcept {
+    scripted().listsFreed += list == addressList().data() ? 1 : 100;
+}
+
+int connect(int, const sockaddr*, socklen_t place) {
+    scripted().connections.push_back(static_cast<int>(place));
+    const int result = scripted().connectionResults.at(place);
+    return static_cast<int>(answer({result, ECONNREFUSED}));
 }
 
 int nanosleep(const timespec* duration, timespec*) {
@@ -188,8 +235,49 @@ TEST_F(TcpClientWinCalls, AsksForNoSignalWithEverySend) {
 }
 #endif
 
+TEST_F(TcpClientWinCalls, LooksUpStreamsOverTcpOfAnyFamily) {
+    client.socket = -1;
+    testing::internal::CaptureStdout();
+    EXPECT_EQ(client.connect("camera.local", "27016"), -2);
+    EXPECT_EQ(testing::internal::GetCapturedStdout(),
+              "getaddrinfo failed with error: " + std::to_string(EAI_NONAME) + "\n");
+    EXPECT_THAT(scripted().lookups,
+                ElementsAre("camera.local 27016", "0", std::to_string(AF_UNSPEC),
+                            std::to_string(SOCK_STREAM), std::to_string(IPPROTO_TCP), "0"));
+    EXPECT_EQ(client.lastResult, EAI_NONAME);
+    EXPECT_TRUE(scripted().sockets.empty());
+    EXPECT_EQ(scripted().listsFreed, 0);
+}
+
+TEST_F(TcpClientWinCalls, TriesAddressesInOrderUntilOneAccepts) {
+    client.socket = -1;
+    scripted().connectionResults = {-1, -1, 0, 0};
+    EXPECT_EQ(client.connect("camera.local", "27016"), 0);
+    EXPECT_THAT(scripted().connections, ElementsAre(0, 1, 2));
+    const std::string internetStream =
+        std::to_string(AF_INET) + " " + std::to_string(SOCK_STREAM) + " 0";
+    EXPECT_THAT(scripted().sockets, ElementsAre(internetStream, internetStream, internetStream));
+    EXPECT_EQ(client.lastResult, 0);
+    EXPECT_EQ(client.socket, 900);
+    EXPECT_EQ(scripted().listsFreed, 1);
+    EXPECT_THAT(LogCapture::messages(), ElementsAre("Connecting to camera.local:27016"));
+}
+
+TEST_F(TcpClientWinCalls, IsClosedWhenNoAddressAccepts) {
+    client.socket = -1;
+    scripted().connectionResults = {-1, -1};
+    EXPECT_EQ(client.connect("camera.local", "27016"), -1);
+    EXPECT_THAT(scripted().connections, ElementsAre(0, 1));
+    EXPECT_EQ(client.lastResult, -1);
+    EXPECT_EQ(client.socket, -1);
+    EXPECT_EQ(scripted().listsFreed, 1);
+    EXPECT_THAT(LogCapture::messages(),
+                ElementsAre("Connecting to camera.local:27016", "Unable to connect to server"));
+}
+
 TEST_F(TcpClientWinCalls, ReportsThatThereIsNoSocketToBeHad) {
     client.socket = -1;
+    scripted().connectionResults = {0, 0};
     scripted().refusesSockets = true;
     testing::internal::CaptureStdout();
     EXPECT_EQ(client.connect("127.0.0.1", "9"), -2);
@@ -197,6 +285,9 @@ TEST_F(TcpClientWinCalls, ReportsThatThereIsNoSocketToBeHad) {
               "Could not create socket : " + std::to_string(EMFILE));
     EXPECT_EQ(client.socket, -1);
     EXPECT_EQ(client.lastResult, 0);
+    EXPECT_EQ(scripted().sockets.size(), 1u);
+    EXPECT_TRUE(scripted().connections.empty());
+    EXPECT_EQ(scripted().listsFreed, 1);
     EXPECT_THAT(LogCapture::messages(), ElementsAre("Connecting to 127.0.0.1:9"));
 }
 
