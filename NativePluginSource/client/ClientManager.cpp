@@ -112,13 +112,13 @@ ClientManager::ClientManager(const std::string& serverIp, const std::string& ser
     // A server that is down is no reason against a client: every update tries again.
     try {
         CheckClientState();
+        if (debugLogging) {
+            Logger::Log("Client manager instantiated.");
+        }
     } catch (...) {
         closeClient();
         NetworkClient::freeClient(networkClient);
         throw;
-    }
-    if (debugLogging) {
-        Logger::Log("Client manager instantiated.");
     }
 }
 

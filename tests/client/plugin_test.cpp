@@ -339,6 +339,23 @@ TEST_F(PluginFailures, WhileAClientIsMadeLeaveNoneAndFreeTheMutex) {
     clientManagerMutex.unlock();
 }
 
+TEST_F(PluginFailures, AtTheEndOfMakingAClientLeaveNoConnectionEither) {
+    LoopbackPeer server([](LoopbackPeer::Line& line) {
+        line.accept();
+        line.send(bytesOf(support::touchesOnlyHeader()));
+        line.waitUntilClosed();
+    });
+    ClientManager::debugLogging = true;
+    registerDebugCallback([](const char* message) {
+        if (std::string(message) == "Client manager instantiated.") {
+            throw std::runtime_error("no way");
+        }
+    });
+    initClientWithCustomServer("127.0.0.1", server.portNumber());
+    EXPECT_FALSE(hasDepthCamera());
+    EXPECT_EQ(server.finish(), "");
+}
+
 TEST_F(PluginFailures, WhileAClientIsDestroyedDoNotKeepItAlive) {
     initWithoutServer();
     ClientManager::debugLogging = true;
