@@ -5,6 +5,7 @@
 #include "foundation/utils.h"
 
 #include <string>
+#include <thread>
 
 namespace {
 
@@ -154,6 +155,56 @@ TEST_F(ClientManagerLifecycle, HoldsItsMutexFromFirstConnectionToInstance) {
     clientManagerMutex.unlock();
 }
 
+TEST_F(ClientManagerLifecycle, IsThereOnlyOnceItIsComplete) {
+    static std::string seen;
+    seen.clear();
+    QVR::Logger::RegisterDebugCallback([](const char* message) {
+        seen += ClientManager::HasInstance() ? "client: " : "no client: ";
+        seen += std::string(message) + "\n";
+    });
+    ClientManager::debugLogging = true;
+    LoopbackPeer peer(sendHeader);
+    initWith(peer);
+    ClientManager::debugLogging = false;
+    EXPECT_NE(seen.find("no client: Client manager instantiated.\n"), std::string::npos) << seen;
+    EXPECT_EQ(seen.find("\nclient: "), std::string::npos) << seen;
+    EXPECT_TRUE(ClientManager::HasInstance());
+}
+
+TEST_F(ClientManagerLifecycle, HoldsItsMutexThroughTheWholeEnd) {
+    initWithoutServer();
+    static int linesWithMutexFree;
+    static int lines;
+    linesWithMutexFree = lines = 0;
+    QVR::Logger::RegisterDebugCallback([](const char*) {
+        ++lines;
+        std::thread([] {
+            if (clientManagerMutex.try_lock()) {
+                ++linesWithMutexFree;
+                clientManagerMutex.unlock();
+            }
+        }).join();
+    });
+    ClientManager::debugLogging = true;
+    ClientManager::Destroy();
+    ClientManager::debugLogging = false;
+    EXPECT_EQ(lines, 4);
+    EXPECT_EQ(linesWithMutexFree, 0);
+    ASSERT_TRUE(clientManagerMutex.try_lock());
+    clientManagerMutex.unlock();
+}
+
+TEST_F(ClientManagerLifecycle, ItsSwitchesOutliveAClient) {
+    ClientManager::debugLogging = true;
+    ClientManager::convertImageBuffersTo8bit4channel = false;
+    initWithoutServer();
+    ClientManager::Destroy();
+    initWithoutServer();
+    EXPECT_TRUE(ClientManager::debugLogging);
+    EXPECT_FALSE(ClientManager::convertImageBuffersTo8bit4channel);
+    EXPECT_EQ(messages().back(), "Client manager instantiated.");
+}
+
 TEST_F(ClientManagerLifecycle, CloseClientClosesThenCleansUp) {
     initWithoutServer();
     QVR::NetworkClient* real = client().networkClient;
@@ -208,6 +259,15 @@ TEST_F(ClientManagerLifecycle, AHostThatIsNoStringIsTheEmptyName) {
     EXPECT_EQ(client().port, "5000");
 }
 
+TEST_F(ClientManagerLifecycle, SettingsThatAreNoObjectHaveNeither) {
+    for (const std::string text : {"[]", "null", "5000"}) {
+        initFromSettings(text);
+        EXPECT_EQ(client().ip, "") << text;
+        EXPECT_EQ(client().port, "27016") << text;
+        ClientManager::Destroy();
+    }
+}
+
 TEST_F(ClientManagerLifecycle, AFractionalPortIsCutAndAnAbsurdOneDoesNoHarm) {
     initFromSettings(R"({"ip": "127.0.0.5", "port": 5000.9})");
     EXPECT_EQ(client().port, "5000");
@@ -220,7 +280,8 @@ TEST_F(ClientManagerLifecycle, AFractionalPortIsCutAndAnAbsurdOneDoesNoHarm) {
 }
 
 TEST_F(ClientManagerLifecycle, AnUnreadableSettingsTextMeansTheDefaults) {
-    for (const std::string text : {"{\"ip\": \"127.0.0.5\"", "", "nonsense"}) {
+    for (const std::string text :
+         {"{\"ip\": \"127.0.0.5\"", "", "nonsense", "{\"port\": 5000 /* comment */}"}) {
         initFromSettings(text);
         EXPECT_EQ(client().ip, "localhost") << text;
         EXPECT_EQ(client().port, "27016") << text;

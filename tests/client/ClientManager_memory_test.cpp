@@ -3,6 +3,7 @@
 #include "client/ClientManager.h"
 #include "client/plugin.h"
 
+#include <atomic>
 #include <cstdlib>
 #include <new>
 #include <string>
@@ -11,8 +12,10 @@ namespace {
 
 bool refuseNothrow = false;
 std::size_t largest = static_cast<std::size_t>(-1);
+std::atomic<int> allocations = 0;
 
 void* allocate(std::size_t size) {
+    ++allocations;
     void* memory = size <= largest ? std::malloc(size) : nullptr;
     if (memory == nullptr) {
         throw std::bad_alloc();
@@ -114,6 +117,43 @@ TEST_F(ClientManagerMemory, SlotsThatDoNotFitAreAFailedHeader) {
     EXPECT_FALSE(ClientManager::isConnected());
     client().prepareTouchCollection();
     EXPECT_EQ(client().getTouchData(), -9999.0);
+}
+
+TEST_F(ClientManagerMemory, AFrameNeedsNoMoreMemory) {
+    QVR::ProtocolHeader header = support::touchesOnlyHeader();
+    header.colorX = header.colorY = header.depthX = header.depthY = 2;
+    header.processedX = header.processedY = 2;
+    header.colorChannels = 3;
+    header.depthDepth = 2;
+    header.colorDepth = header.depthChannels = 1;
+    header.processedChannels = header.processedDepth = 1;
+    const std::string frame(280 + 12 + 8 + 4, '\0');
+    LoopbackPeer peer([&](LoopbackPeer::Line& line) {
+        line.accept();
+        line.send(bytesOf(header) + frame + frame);
+    });
+    volume.write("QVR_calibration/touch.json", client_test::identityCalibration());
+    volume.write("touch_projectionMap.json", "{" + client_test::projectionMap(0) + "}");
+    initWith(peer);
+    EXPECT_EQ(peer.finish(), "");
+    unsigned char texture[16];
+    setColorTexture(texture);
+    setDepthTexture(texture);
+    setProcessedTexture(texture);
+    const unsigned char* touches = client().getNetworkTouches();
+
+    const int before = allocations;
+    for (int turn = 0; turn < 2; ++turn) {
+        EXPECT_EQ(update(), 0);
+        prepareTouchCollection();
+        getTouchData();
+        updateColorTexture();
+        updateDepthTexture();
+        updateProcessedTexture();
+        applyCalibrationToCoord(1.0f, 2.0f, 3.0f);
+    }
+    EXPECT_EQ(allocations, before);
+    EXPECT_EQ(client().getNetworkTouches(), touches);
 }
 
 TEST_F(ClientManagerMemory, ATextThatDoesNotFitIsALogLineAndTheSentinel) {
