@@ -43,9 +43,10 @@ class QVR_API ClientManager {
     static void Init();
     // The same for a given server. With a client in place nothing changes.
     static void Init(const std::string& ip, unsigned int port);
+    // Closes the connection and frees the client; with none nothing happens.
     static void Destroy();
 
-    // The client, or null.
+    // The client, or null. It belongs to this class and lives until Destroy.
     static ClientManager* Get();
     static bool HasInstance();
 
@@ -103,8 +104,10 @@ class QVR_API ClientManager {
     // missing, too small or equal change nothing.
     void handleMiniDepth(const json11::Json& document);
 
-    static ClientManager* _instance;
-    static bool debugLogging;
+    // What follows may be set at any time and outlives the client.
+    static ClientManager* _instance; // the client, or null; set once it is complete
+    static bool debugLogging;        // whether progress messages are logged; off at load
+    // Whether textures get four bytes a pixel, or the image as received; on at load.
     static bool convertImageBuffersTo8bit4channel;
     static bool ranSocketsInit; // kept for callers; nothing here uses it
 
@@ -113,10 +116,10 @@ class QVR_API ClientManager {
     unsigned char* depthTexture = nullptr;
     unsigned char* processedTexture = nullptr;
 
-    std::string ip;
-    std::string port;
-    NetworkClient* networkClient = nullptr;
-    ProtocolHeader header;
+    std::string ip;                         // the server's host name or address
+    std::string port;                       // its port in decimal
+    NetworkClient* networkClient = nullptr; // owned; null only without memory for one
+    ProtocolHeader header;                  // noHeaderYet, 2 and zeros until one has been read
 
   private:
     bool readHeader();

@@ -23,9 +23,9 @@
  *               distortion map, then a projection map.
  *
  * Threads and time. Call everything from one thread, the host's; no function may run while
- * shutDown does. init, initClientWithCustomServer and update block as each one says, all others
- * return at once. Nothing throws: a failure inside becomes a log line and the value that the
- * function gives when there is no client.
+ * shutDown does. init, initClientWithCustomServer and update block as each one says, and
+ * loadProjectionMap reads a file; all others return at once. Nothing throws: a failure inside
+ * becomes a log line and the value that the function gives when there is no client.
  *
  * "No client" below means before init or after shutDown. A client exists from init on even when
  * the server cannot be reached: update keeps trying.
@@ -72,7 +72,7 @@ QVR_API void shutDown(void);
 
 /* What update returns. */
 enum QvrUpdateResult {
-    QVR_UPDATE_OK = 0,             /* a whole frame has arrived */
+    QVR_UPDATE_OK = 0,             /* a whole frame has arrived; see update for the exception */
     QVR_UPDATE_NOT_READY = -1,     /* the network client could not start */
     QVR_UPDATE_NO_CONNECTION = -2, /* the server cannot be reached */
     QVR_UPDATE_NO_HEADER = -3,     /* the server's description of its stream is missing, of
@@ -84,8 +84,9 @@ enum QvrUpdateResult {
 /* Receives the next frame; connects first when there is no connection. Blocks until the frame is
  * whole (the server's frame interval, when the host is the faster one) or the attempt has
  * failed; the connection attempt has the system's time-out. Returns an enum QvrUpdateResult.
- * After a failure the next update connects anew; after QVR_UPDATE_NO_HEADER later updates
- * connect but receive nothing until shutDown and init. */
+ * After a failure the next update connects anew. The header is asked for once in a client's life,
+ * though: after QVR_UPDATE_NO_HEADER later updates connect and return QVR_UPDATE_OK at once
+ * without receiving anything, until shutDown and init. */
 QVR_API int update(void);
 
 /* True when a client exists, connected or not. */
@@ -157,11 +158,12 @@ QVR_API float getCalibratedZ(void);
 QVR_API void setCalibration(const char* json);
 
 /* Replaces the projection map by map number `number` of a projection map document as text. False
- * with no client, before a calibration has been loaded, and when the document lacks the map; the
- * map in force then stays. Null counts as an empty text. */
+ * with no client, before a calibration has been loaded, and when the text is no JSON or lacks the
+ * map; the map in force then stays. Null counts as an empty text. */
 QVR_API bool setProjectionMapping(const char* json, int number);
 
-/* The same with the document "QVR_calibration/touch_projectionMap.json" of a mounted volume. */
+/* The same with the document "QVR_calibration/touch_projectionMap.json" of a mounted volume;
+ * false as well when there is none. */
 QVR_API bool loadProjectionMap(int number);
 
 /* ---- Only beside a camera ----
@@ -181,8 +183,8 @@ QVR_API void outputCalibratedTouches(bool on);
 
 /* setCalibration for C++ callers, with its outcome. 0: loaded, or no client; -1: empty text; -2:
  * no JSON; -3 to -8: the document lacks its size (-4, -5) or its clip distances (-6, -7), or
- * these make no sense (-8); -10: no calibration has been loaded that could be replaced, or the
- * load failed for another reason. */
+ * these make no sense (-8); -10: no calibration has been loaded that could be replaced, or a
+ * failure inside. */
 QVR_API int setCalibrationAsString(std::string json);
 #endif
 

@@ -22,6 +22,7 @@ class QVR_API Logger {
     static void Log(std::string message, int value);
     static void Log(std::string message, float value);
 
+    // The registered callback, or null. Read by every Log without a lock.
     static void (*logCallback)(const char*);
 };
 

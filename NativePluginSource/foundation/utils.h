@@ -28,10 +28,11 @@ class QVR_API utils {
     // relativePath; the argument itself when no volume has one. Any thread.
     static std::string findFilePath(std::string relativePath);
 
-    // The whole file, or "" when it cannot be read. Logs nothing.
+    // The whole file, or "" when it cannot be read. Logs nothing. Any thread.
     static std::string readFileContent(const std::string& path);
 
-    // The pieces between delimiters, empty ones included; an empty text is one empty piece.
+    // The pieces of `text`, not null, between delimiters, empty ones included; an empty text is
+    // one empty piece.
     static std::vector<std::string> split(const char* text, char delimiter);
 
     // Where `value` lies between a (0) and b (1), unclamped; 0 when a equals b.
