@@ -23,6 +23,12 @@ unsigned char* writePixel(unsigned char* texel, unsigned char red, unsigned char
     return texel + 4;
 }
 
+// The host's texture has the resolution's pixels, and a buffer whose sizes were not reset since the
+// resolution changed may have fewer: neither is passed.
+std::size_t texelCount(std::uint64_t texturePixels, std::size_t bufferPixels) {
+    return static_cast<std::size_t>(std::min<std::uint64_t>(texturePixels, bufferPixels));
+}
+
 // Makes a mark visible without hiding the value under it.
 void showMark(unsigned char* texel, std::uint8_t mark) {
     if (mark == 150) {
@@ -43,7 +49,9 @@ void cameraManager::updateColorTexture() {
     if (texel == nullptr) {
         return;
     }
-    for (std::size_t i = 0; i + 2 < colorBuffer.size(); i += 3) {
+    const std::size_t count =
+        texelCount(std::uint64_t{colorResX} * colorResY, colorBuffer.size() / 3);
+    for (std::size_t i = 0; i < 3 * count; i += 3) {
         texel = writePixel(texel, colorBuffer[i], colorBuffer[i + 1], colorBuffer[i + 2]);
     }
 }
@@ -53,7 +61,9 @@ void cameraManager::updateDepthTexture() {
     if (texel == nullptr) {
         return;
     }
-    for (const std::uint16_t sample : depthBuffer) {
+    const std::size_t count = texelCount(depthPixelCount, depthBuffer.size());
+    for (std::size_t i = 0; i < count; ++i) {
+        const std::uint16_t sample = depthBuffer[i];
         texel = writePixel(texel, static_cast<unsigned char>(sample & 0xFF),
                            static_cast<unsigned char>(sample >> 8), 0);
     }
@@ -64,13 +74,14 @@ void cameraManager::updateProcessedTexture() {
     if (texel == nullptr) {
         return;
     }
-    for (const std::uint8_t value : processedBuffer) {
+    const std::size_t count = texelCount(depthPixelCount, processedBuffer.size());
+    for (std::size_t i = 0; i < count; ++i) {
+        const std::uint8_t value = processedBuffer[i];
         texel = writePixel(texel, value, value, value);
     }
     if (processedTextureDebug) {
         const std::vector<std::uint8_t>& marks = blobs->mask;
-        const std::size_t count = std::min(marks.size(), processedBuffer.size());
-        for (std::size_t i = 0; i < count; ++i) {
+        for (std::size_t i = 0; i < std::min(marks.size(), count); ++i) {
             showMark(processedTexture + 4 * i, marks[i]);
         }
     }

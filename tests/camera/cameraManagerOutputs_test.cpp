@@ -168,6 +168,49 @@ TEST_F(CameraManagerOutputs, DebugOverlayEndsWithTheMarkImage) {
     EXPECT_THAT(texel(depthSized, depthPixels), ElementsAre(9, 9, 9, 9));
 }
 
+// A host makes its textures by the resolution.
+TEST_F(CameraManagerOutputs, TexturesHaveThePixelsOfTheResolution) {
+    manager.colorTexture = colorSized.data();
+    manager.depthTexture = depthSized.data();
+    manager.colorResX = 2;
+    manager.colorResY = 3;
+    manager.depthPixelCount = 5;
+    manager.updateColorTexture();
+    manager.updateDepthTexture();
+    EXPECT_THAT(texel(colorSized, 5), ElementsAre(0, 0, 0, 255));
+    EXPECT_THAT(texel(colorSized, 6), ElementsAre(9, 9, 9, 9));
+    EXPECT_THAT(texel(depthSized, 4), ElementsAre(0, 0, 0, 255));
+    EXPECT_THAT(texel(depthSized, 5), ElementsAre(9, 9, 9, 9));
+
+    cameraManager::processedTextureDebug = true;
+    manager.blobs->mask.assign(depthPixels, 150);
+    depthSized.assign(depthSized.size(), 9);
+    manager.processedTexture = depthSized.data();
+    manager.updateProcessedTexture();
+    EXPECT_THAT(texel(depthSized, 4), ElementsAre(0, 255, 0, 255));
+    EXPECT_THAT(texel(depthSized, 5), ElementsAre(9, 9, 9, 9));
+}
+
+TEST_F(CameraManagerOutputs, TexturesEndWithTheirBuffersWhenTheResolutionHasGrown) {
+    manager.colorTexture = colorSized.data();
+    manager.depthTexture = depthSized.data();
+    manager.colorResX = 4294967295U;
+    manager.colorResY = 4294967295U;
+    manager.depthPixelCount = 4294967295U;
+    manager.updateColorTexture();
+    manager.updateDepthTexture();
+    EXPECT_THAT(texel(colorSized, colorPixels - 1), ElementsAre(0, 0, 0, 255));
+    EXPECT_THAT(texel(colorSized, colorPixels), ElementsAre(9, 9, 9, 9));
+    EXPECT_THAT(texel(depthSized, depthPixels - 1), ElementsAre(0, 0, 0, 255));
+    EXPECT_THAT(texel(depthSized, depthPixels), ElementsAre(9, 9, 9, 9));
+
+    depthSized.assign(depthSized.size(), 9);
+    manager.processedTexture = depthSized.data();
+    manager.updateProcessedTexture();
+    EXPECT_THAT(texel(depthSized, depthPixels - 1), ElementsAre(0, 0, 0, 255));
+    EXPECT_THAT(texel(depthSized, depthPixels), ElementsAre(9, 9, 9, 9));
+}
+
 TEST_F(CameraManagerOutputs, ReadoutWithoutAProjectionMap) {
     EXPECT_EQ(manager.getVariableReadout(), "\n//////main:\n"
                                             "xRes 64\n"
