@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <sstream>
+#include <stdexcept>
 
 struct rs_error {
     std::string function;
@@ -226,6 +227,10 @@ void rs_get_device_extrinsics(const rs_device* device, rs_stream from, rs_stream
 
 void rs_wait_for_frames(rs_device* device, rs_error** error) {
     refuse("rs_wait_for_frames", device, list(device), error);
+    const std::string& exception = FakeRealsense::get().waitThrows;
+    if (!exception.empty()) {
+        throw std::runtime_error(exception);
+    }
 }
 
 const void* rs_get_frame_data(const rs_device* device, rs_stream stream, rs_error** error) {

@@ -26,6 +26,9 @@ class FakeRealsense {
     // "message of FUNCTION" and the arguments "args of FUNCTION".
     void failAt(const std::string& function, int occurrence = 1);
 
+    // What a wait throws instead of waiting, as a standard exception; "" for nothing.
+    std::string waitThrows;
+
     // The calls so far, as "rs_get_device(context, 0)"; a call without error slot ends in
     // ", no slot)". Forgets them.
     std::vector<std::string> takeCalls();

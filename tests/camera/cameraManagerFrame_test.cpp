@@ -236,6 +236,20 @@ TEST_F(CameraManagerFrame, CameraErrorsAreLoggedAndMinusFour) {
     EXPECT_EQ(cameraManager::update(frame), 0);
 }
 
+TEST_F(CameraManagerFrame, AnyStandardExceptionIsLoggedAndMinusFour) {
+    cameraManager& manager = startAll();
+    fake.waitThrows = "out of luck";
+    EXPECT_EQ(manager.internalUpdate(color, depth), -4);
+    EXPECT_THAT(log.messages(), ElementsAre("cameraManager::internalUpdate() e: ", "out of luck"));
+}
+
+TEST_F(CameraManagerFrame, WithoutMarksThereIsNoProcessedImage) {
+    cameraManager& manager = startAll();
+    manager.blobs->mask.clear(); // keeps its memory, which holds no image
+    EXPECT_EQ(cameraManager::update(frame), 0);
+    EXPECT_EQ(frame.processed, nullptr);
+}
+
 TEST_F(CameraManagerFrame, AGoodFrameLogsNothing) {
     startAll();
     cameraManager::update(frame);
