@@ -423,6 +423,7 @@ TEST_P(CameraContract, GivesTheIdentityBetweenStreamsOfOnePose) {
         expectPose(code, code, identity);
     }
     expectPose(RS_STREAM_DEPTH, RS_STREAM_COLOR_ALIGNED_TO_DEPTH, identity);
+    expectPose(RS_STREAM_DEPTH, RS_STREAM_INFRARED2_ALIGNED_TO_DEPTH, identity);
     expectPose(RS_STREAM_INFRARED, RS_STREAM_DEPTH, identity);
     expectPose(RS_STREAM_POINTS, RS_STREAM_DEPTH, identity);
     expectPose(RS_STREAM_COLOR, RS_STREAM_DEPTH_ALIGNED_TO_COLOR, identity);
