@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstdio>
 #include <mutex>
+#include <utility>
 
 namespace server {
 
@@ -24,7 +25,7 @@ constexpr std::array<std::string_view, 5> complaintBeginnings = {
     "Caught exception while"};
 
 // How other messages begin that a user has to know about.
-constexpr std::array<std::string_view, 13> importantBeginnings = {
+constexpr std::array<std::string_view, 12> importantBeginnings = {
     "WARNING",
     "Warning",
     "ERROR",
@@ -36,9 +37,11 @@ constexpr std::array<std::string_view, 13> importantBeginnings = {
     "Using projection map file",
     "Could not read data from",
     "Something went wrong",
-    "cameraManager::internalUpdate() e:",
     "Camera ",
 };
+
+// With this message the pipeline announces that a frame failed; the next one says why.
+constexpr std::string_view failureAnnouncement = "cameraManager::internalUpdate() e:";
 
 // A setting that is wrong in every frame would fill the terminal sixty times a second.
 class RepetitionFilter {
@@ -99,17 +102,21 @@ void ServerLog::setPipelineQuiet(bool quiet) {
 
 void ServerLog::receivePipelineMessage(const char* message) {
     static RepetitionFilter repetitions;
+    static bool reasonFollows = false;
     const std::lock_guard lock(outputMutex);
-    if (beginsWithOneOf(message, complaintBeginnings))
+    const bool isReason =
+        std::exchange(reasonFollows, std::string_view(message).starts_with(failureAnnouncement));
+    if (isReason || beginsWithOneOf(message, complaintBeginnings))
         lastComplaint() = message;
-    if (!verboseLog && (pipelineQuiet || !isImportant(message)))
+    if (!verboseLog && (pipelineQuiet || !(isReason || isImportant(message))))
         return;
     if (verboseLog || repetitions.isNew(message, Clock::now()))
         print(message);
 }
 
 bool ServerLog::isImportant(std::string_view message) {
-    return beginsWithOneOf(message, complaintBeginnings) ||
+    return message.starts_with(failureAnnouncement) ||
+           beginsWithOneOf(message, complaintBeginnings) ||
            beginsWithOneOf(message, importantBeginnings);
 }
 

@@ -28,7 +28,8 @@ class ServerLog {
     // The last reason that the camera gave for not starting or delivering, or "".
     static std::string cameraComplaint();
 
-    // Whether a message of the pipeline is a warning, an error or the camera's.
+    // Whether a message of the pipeline is a warning, an error or the camera's by its own words.
+    // The reason that follows the announcement of a failed frame has no words to tell it by.
     static bool isImportant(std::string_view message);
 };
 

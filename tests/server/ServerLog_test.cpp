@@ -79,6 +79,18 @@ TEST_F(ServerLogTest, RemembersWhatTheCameraComplainedOf) {
     EXPECT_EQ(ServerLog::cameraComplaint(), "No depth cam found.");
 }
 
+TEST_F(ServerLogTest, TellsWhyAFrameFailed) {
+    const auto talk = [] {
+        for (int frame = 0; frame < 3; ++frame) {
+            ServerLog::receivePipelineMessage("cameraManager::internalUpdate() e: ");
+            ServerLog::receivePipelineMessage("the cable is loose");
+            ServerLog::receivePipelineMessage("some progress");
+        }
+    };
+    EXPECT_EQ(heard(talk), "cameraManager::internalUpdate() e: \nthe cable is loose\n");
+    EXPECT_EQ(ServerLog::cameraComplaint(), "the cable is loose");
+}
+
 TEST_F(ServerLogTest, HoldsThePipelineBackWhileACameraIsAwaited) {
     ServerLog::setPipelineQuiet(true);
     const auto talk = [] {
