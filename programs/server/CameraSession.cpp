@@ -15,6 +15,8 @@
 #include <memory>
 #include <string>
 
+#include <librealsense/rs.hpp>
+
 namespace server {
 
 using QVR::cameraManager;
@@ -37,6 +39,8 @@ std::string complaint() {
 CameraSession::Pipeline::Pipeline() {
     try {
         cameraManager::init();
+    } catch (const rs::error& error) {
+        throw ServerError(exitNoCamera, "the camera cannot be used: " + std::string(error.what()));
     } catch (const std::exception& error) {
         throw ServerError(exitBadSettings, "the settings in touch.json cannot be used: " +
                                                std::string(error.what()));

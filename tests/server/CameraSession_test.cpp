@@ -79,6 +79,13 @@ TEST_F(CameraSessionTest, BlamesACameraThatDoesNotStart) {
         HasSubstr("no camera that can be started"));
 }
 
+TEST_F(CameraSessionTest, BlamesACameraThatDoesNotAnswer) {
+    camera.failingScale = 1;
+    EXPECT_EQ(problem(server::exitNoCamera, [] { CameraSession session((Options())); }),
+              "the camera cannot be used: the scale cannot be read");
+    EXPECT_EQ(cameraManager::get(), nullptr);
+}
+
 TEST_F(CameraSessionTest, BlamesASourceOfPicturesThatDoesNotFit) {
     writeDocument(R"("depthResX": 320, "depthResY": 200, "streaming": {"fps": 30})");
     camera.starts = false;

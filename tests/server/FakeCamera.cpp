@@ -56,7 +56,7 @@ FakeCamera& FakeCamera::get() {
 void FakeCamera::reset() {
     plugged = starts = truthKnown = true;
     hanging = finger = false;
-    failingWaits = waits = searches = startCount = 0;
+    failingWaits = failingScale = waits = searches = startCount = 0;
     width = 160;
     height = 120;
     theDevice = rs_device();
@@ -136,7 +136,12 @@ void rs_get_device_extrinsics(const rs_device*, rs_stream, rs_stream, rs_extrins
     *extrinsics = {};
 }
 
-float rs_get_device_depth_scale(const rs_device*, rs_error**) {
+float rs_get_device_depth_scale(const rs_device*, rs_error** error) {
+    FakeCamera& camera = FakeCamera::get();
+    if (camera.failingScale > 0 && --camera.failingScale == 0) {
+        fail(error, "the scale cannot be read");
+        return 0.0F;
+    }
     return 0.001F;
 }
 

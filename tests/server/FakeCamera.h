@@ -21,6 +21,7 @@ struct FakeCamera {
     std::atomic<bool> starts{true};   // otherwise its streams do not start
     std::atomic<bool> hanging{false}; // a wait lasts until this ends
     std::atomic<int> failingWaits{0}; // so many of the next waits fail
+    std::atomic<int> failingScale{0}; // which of the next questions for the depth scale fails
     std::atomic<int> width{160};
     std::atomic<int> height{120};
     std::atomic<bool> finger{false};
