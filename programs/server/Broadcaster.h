@@ -32,7 +32,7 @@ struct BroadcasterSettings {
 // Counters since the start; readable from any thread.
 struct BroadcasterCounters {
     std::atomic<std::size_t> clients{0};
-    std::atomic<bool> abandoned{false}; // the last client has left of its own, none came since
+    std::atomic<bool> abandoned{false}; // the last client left or was dropped, none came since
     std::atomic<std::uint64_t> skippedFrames{0}; // summed over the clients
     std::atomic<std::uint64_t> refusedClients{0};
     std::atomic<std::uint64_t> droppedClients{0}; // that took nothing for the client time-out

@@ -2,7 +2,6 @@
 
 #include "Broadcaster.h"
 #include "CameraSource.h"
-#include "ServerError.h"
 #include "ServerLog.h"
 #include "StopRequest.h"
 #include "TouchLog.h"
@@ -13,6 +12,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdio>
+#include <exception>
 #include <span>
 #include <utility>
 
@@ -47,19 +47,19 @@ void CameraLoop::announce(Broadcaster& broadcaster) {
     if (layout.frameBytes() != layout_.frameBytes())
         previous_.reset();
     layout_ = layout;
-    broadcaster.announce(session_->header(), session_->framePeriod());
+    framePeriod_ = session_->framePeriod();
+    broadcaster.announce(session_->header(), framePeriod_);
 }
 
 void CameraLoop::run(Broadcaster& broadcaster) {
     started_ = lastGood_ = Clock::now();
     announce(broadcaster);
-    const std::chrono::nanoseconds framePeriod = session_->framePeriod();
-    const std::chrono::nanoseconds silence = Broadcaster::cameraSilence(cameraTimeout, framePeriod);
     while (!finished(broadcaster)) {
         QVR::networkFrameData parts;
         if (cameraManager::update(parts) == 0) {
             takeFrame(broadcaster, parts);
-        } else if (Clock::now() - lastGood_ >= silence) {
+        } else if (Clock::now() - lastGood_ >=
+                   Broadcaster::cameraSilence(cameraTimeout, framePeriod_)) {
             recover(broadcaster);
         } else {
             // One bad frame is no lost camera: hosts get the last images and touches again. The
@@ -67,7 +67,7 @@ void CameraLoop::run(Broadcaster& broadcaster) {
             parts.color = nullptr;
             parts.depth = nullptr;
             publish(broadcaster, parts);
-            stop_.waitFor(framePeriod);
+            stop_.waitFor(framePeriod_);
         }
         status_.printWhenDue(broadcaster.counters());
     }
@@ -130,7 +130,7 @@ bool CameraLoop::reopen(QVR::networkFrameData& parts) {
     session_.reset();
     try {
         session_.emplace(options_);
-    } catch (const ServerError& error) {
+    } catch (const std::exception& error) {
         ServerLog::detail(error.what());
         return false;
     }

@@ -38,6 +38,9 @@ class CameraLoop {
     // client has left a server that closes with it.
     void run(Broadcaster& broadcaster);
 
+    // Stops the camera and ends the pipeline, if they run.
+    void close() { session_.reset(); }
+
   private:
     using Clock = std::chrono::steady_clock;
 
@@ -56,6 +59,7 @@ class CameraLoop {
     StatusLine status_;
     std::optional<CameraSession> session_;
     FrameLayout layout_;
+    std::chrono::nanoseconds framePeriod_{};
     FrameRef previous_;
     Clock::time_point started_;
     Clock::time_point lastGood_;

@@ -88,6 +88,8 @@ void serve(const Options& options) {
     camera.open();
     listenTo(broadcaster, context, networkSettings(options, camera.port()));
     camera.run(*broadcaster);
+    // While the network thread still hears signals: a camera may hang in its stop, too.
+    camera.close();
     network.join();
 }
 

@@ -263,6 +263,58 @@ TEST_F(CameraLoopTest, EndsWhileItWaitsForALostCamera) {
     EXPECT_EQ(camera.startCount, 1);
 }
 
+TEST_F(CameraLoopTest, TriesAgainWhenAReturningCameraFailsHalfway) {
+    camera.finger = true;
+    Running running(touchesOnly());
+    RawClient client = running.client();
+    ASSERT_TRUE(waitForTouch(client, true));
+    testing::internal::CaptureStderr();
+    camera.plugged = false;
+    ASSERT_TRUE(waitForTouch(client, false));
+    ASSERT_TRUE(RunningBroadcaster::eventually([&] { return camera.searches > 1; }));
+    camera.failingScale = 3; // after the pipeline is up
+    camera.plugged = true;
+    EXPECT_TRUE(waitForTouch(client, true));
+    EXPECT_EQ(camera.failingScale, 0);
+    EXPECT_EQ(camera.startCount, 3);
+    testing::internal::GetCapturedStderr();
+}
+
+TEST_F(CameraLoopTest, KeepsPatienceAtTheRateThatAReturningCameraHas) {
+    camera.finger = true;
+    Running running(touchesOnly());
+    RawClient client = running.client();
+    ASSERT_TRUE(waitForTouch(client, true));
+    testing::internal::CaptureStderr();
+    camera.plugged = false;
+    ASSERT_TRUE(waitForTouch(client, false));
+    ASSERT_TRUE(RunningBroadcaster::eventually([&] { return camera.searches > 1; }));
+    writeDocument(R"("streaming": {"fps": 1})");
+    camera.plugged = true;
+    ASSERT_TRUE(waitForTouch(client, true));
+    // A frame that fails after little more than a second is no loss at one frame a second.
+    camera.hanging = true;
+    camera.failingWaits = 1;
+    std::this_thread::sleep_for(1200ms);
+    camera.hanging = false;
+    ASSERT_TRUE(RunningBroadcaster::eventually([&] { return camera.failingWaits == 0; }));
+    camera.waits = 0;
+    ASSERT_TRUE(RunningBroadcaster::eventually([&] { return camera.waits > 0; }));
+    EXPECT_EQ(camera.startCount, 2);
+    testing::internal::GetCapturedStderr();
+}
+
+TEST_F(CameraLoopTest, StopsTheCameraWhenClosed) {
+    const Options options = touchesOnly();
+    const server::StopRequest stop;
+    CameraLoop loop(options, stop, nullptr);
+    loop.close();
+    loop.open();
+    EXPECT_NE(QVR::cameraManager::get(), nullptr);
+    loop.close();
+    EXPECT_EQ(QVR::cameraManager::get(), nullptr);
+}
+
 TEST_F(CameraLoopTest, MakesClientsAskAnewWhenTheCameraComesBackDifferent) {
     Options options;
     options.keepRunning = true;
