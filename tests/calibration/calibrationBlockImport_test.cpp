@@ -126,6 +126,13 @@ TEST_F(CalibrationBlockImport, RefusesATextThatIsNoJson) {
     expectEarlierGrid();
 }
 
+TEST_F(CalibrationBlockImport, RefusesCommentsInTheText) {
+    const std::string text = Json(Grid::identity().document()).dump();
+    EXPECT_EQ(block.importCellCalibration("/* by hand */ " + text, unitsPerMeter), -2);
+    EXPECT_EQ(block.importCellCalibration(text + " // by hand", unitsPerMeter), -2);
+    expectEarlierGrid();
+}
+
 TEST_F(CalibrationBlockImport, RefusesANullDocumentSilently) {
     Json document;
     EXPECT_EQ(block.importCellCalibration(document, unitsPerMeter), -3);
@@ -223,6 +230,14 @@ TEST_F(CalibrationBlockImport, TruncatesClipDistancesToWholeUnits) {
     EXPECT_EQ(block.farZ, 400.0);
 }
 
+TEST_F(CalibrationBlockImport, ScalesClipDistancesInDoublePrecision) {
+    // 0.251f is 0.250999987: 250 units in single precision.
+    EXPECT_EQ(importWith("nearClipMeters", 0.251), 0);
+    EXPECT_EQ(block.nearZ, 251.0);
+    EXPECT_EQ(importWith("farClipMeters", 0.251), 0);
+    EXPECT_EQ(block.farZ, 251.0);
+}
+
 TEST_F(CalibrationBlockImport, ScalesClipDistancesToTheCamerasUnits) {
     EXPECT_EQ(importDocument(Grid::identity().document(), 8000.0f), 0);
     EXPECT_EQ(block.nearZ, 800.0);
@@ -272,8 +287,10 @@ TEST_F(CalibrationBlockImport, RejectsAMissingGrid) {
     EXPECT_EQ(importWith("calibration", "none"), 0);
     EXPECT_EQ(importWith("calibration", Json::object{}), 0);
     EXPECT_EQ(importWithGrid("verts", Json::object{}), 0);
+    EXPECT_EQ(importWithGrid("sizeX", "4"), 0);
     EXPECT_EQ(importWithGrid("sizeY", "3"), 0);
-    EXPECT_EQ(LogCapture::messages(), std::vector<std::string>(5, sizeMessage));
+    EXPECT_EQ(importWithGrid("sizeZ", "3"), 0);
+    EXPECT_EQ(LogCapture::messages(), std::vector<std::string>(7, sizeMessage));
     expectInactive();
 }
 

@@ -210,6 +210,20 @@ TEST(CalibrationBlock, FindsNoCellOnTheEdgesAtTheVeryEnd) {
     EXPECT_THAT(corrected(block, {60, 40, 400}), IsPoint(-1, -1, -1));
 }
 
+TEST(CalibrationBlock, KeepsTheUpperFacesWhereTheDivisionFallsShort) {
+    ASSERT_LT(3.0 / (3.0 / 59), 59.0);
+    Grid deep = Grid::identity(2, 2, 60);
+    deep.nearZ = 100;
+    deep.farZ = 103;
+    calibrationBlock block = blockOf(deep);
+    EXPECT_EQ(block.getCell(5.0, 5.0, 103.0), &block.cells[58]);
+    EXPECT_EQ(block.getCell(5.0, 5.0, 103.001), nullptr);
+    Grid wide = Grid::identity(60, 2, 2);
+    wide.width = 3;
+    block = blockOf(wide);
+    EXPECT_EQ(block.getCell(3.0, 5.0, 200.0), &block.cells[58]);
+}
+
 TEST(CalibrationBlock, LeavesInnerPointsWhereTheyAreWhenNothingIsBent) {
     for (const Grid& grid : {Grid::identity(2, 2, 2), Grid::identity(4, 3, 3)}) {
         const calibrationBlock block = blockOf(grid);

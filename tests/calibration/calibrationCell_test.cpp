@@ -132,6 +132,32 @@ TEST(CalibrationCell, InterpolatesTrilinearly) {
     }
 }
 
+// Host and server map a touch to the same bits: terms are added from first to last, and factors
+// multiplied from left to right.
+TEST(CalibrationCell, EvaluatesInAFixedOrder) {
+    RandomPoints random(9);
+    for (unsigned seed = 0; seed < 200; ++seed) {
+        const cellCoord measured = randomCorners(seed);
+        calibrationCell cell;
+        cell.set(box, measured);
+        const Vector3 point = random.point(-1, 2);
+        const Vector3 actual = transformed(cell, point);
+        for (double Vector3::*axis : {&Vector3::x, &Vector3::y, &Vector3::z}) {
+            const auto c = [&](std::size_t i) { return measured.corners[i].*axis; };
+            const double a = c(0);
+            const double b = c(1) - c(0);
+            const double d = c(7) - c(0);
+            const double e = c(2) - c(1) - c(3) + c(0);
+            const double f = c(4) - c(3) - c(7) + c(0);
+            const double g = c(6) - c(1) - c(7) + c(0);
+            const double h = c(5) + c(1) + c(3) + c(7) - c(6) - c(4) - c(2) - c(0);
+            const double u = point.x, v = point.y, w = point.z;
+            EXPECT_EQ(actual.*axis, a + b * u + (c(3) - c(0)) * v + d * w + e * u * v + f * v * w +
+                                        g * u * w + h * u * v * w);
+        }
+    }
+}
+
 TEST(CalibrationCell, TransformsEvenWhenInvalid) {
     calibrationCell cell;
     cell.set(box, randomCorners(4));
@@ -311,6 +337,12 @@ TEST_F(ProjectionMapDocument, IsRefusedWhenEmpty) {
     EXPECT_THAT(LogCapture::messages(),
                 ElementsAre("WARNING: Could not set touch mapping calibration. The json string "
                             "was empty."));
+    expectEarlierMap();
+}
+
+TEST_F(ProjectionMapDocument, IsRefusedWithComments) {
+    EXPECT_FALSE(cell.set("/* by hand */ " + documentOf({{"map0", map}}), 0));
+    EXPECT_EQ(LogCapture::messages().size(), 2u);
     expectEarlierMap();
 }
 
