@@ -1,5 +1,6 @@
 // The blob manager's settings as a document gives them and as the readout prints them.
 #include "detection/blobManager.h"
+#include "detection/settingField.h"
 #include "foundation/Logger.h"
 #include "foundation/jsonValues.h"
 #include "foundation/numbers.h"
@@ -11,18 +12,6 @@
 namespace QVR {
 
 namespace {
-
-// The value of `key` truncated into the field's type, of which it keeps the low bits; without a
-// number a warning, and the field stays.
-template <typename Field>
-void readField(const json11::Json& section, const char* key, Field& field) {
-    const json11::Json& value = section[key];
-    if (value.is_number()) {
-        field = static_cast<Field>(intValue(value, 0));
-    } else {
-        Logger::Log(std::string("Warning: Did not find ") + key + " value in calibration data.");
-    }
-}
 
 float readMeters(const json11::Json& value, float fallback, const char* warning) {
     if (!value.is_number()) {

@@ -1,8 +1,8 @@
 #include "detection/touchManager.h"
 
+#include "detection/settingField.h"
 #include "detection/touchCalibration.h"
 #include "foundation/Logger.h"
-#include "foundation/jsonValues.h"
 
 #include <limits>
 
@@ -13,14 +13,6 @@ namespace QVR {
 namespace {
 
 constexpr Vector3 noPosition{-1.0, -1.0, -1.0};
-
-void readField(const json11::Json& section, const char* key, int& field) {
-    const json11::Json& value = section[key];
-    if (!value.is_number()) {
-        Logger::Log(std::string("Warning: Did not find ") + key + " value in calibration data.");
-    }
-    field = intValue(value, field);
-}
 
 // Wraps, so that no margin a document can hold is out of bounds.
 int boundFromMargin(int size, int margin) {
