@@ -15,6 +15,7 @@ class Json;
 
 namespace QVR {
 
+// One thread at a time: an import replaces what every other call reads.
 class QVR_API calibrationBlock {
   public:
     // Reads the grid from the calibration document. `depthScale` is the number of depth units in

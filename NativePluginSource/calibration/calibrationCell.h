@@ -27,6 +27,7 @@ struct QVR_API cellCoord {
     std::array<Vector3, 8> corners;
 };
 
+// One thread at a time: set() replaces what every other call reads.
 class QVR_API calibrationCell {
   public:
     // Takes the bounds and derives the coefficients from the corners. Always true.

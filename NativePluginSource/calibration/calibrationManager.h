@@ -11,6 +11,7 @@
 
 namespace QVR {
 
+// One thread at a time: an import replaces what calibrateVector reads.
 class QVR_API calibrationManager {
   public:
     // Takes map `mapNumber` of a projection map document; see calibrationCell::set. False keeps

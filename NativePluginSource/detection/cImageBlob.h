@@ -9,6 +9,7 @@
 
 namespace QVR {
 
+// One thread at a time.
 class QVR_API cImageBlob {
   public:
     // Sets the image size in pixels and makes room for a run in each row. Allocates.

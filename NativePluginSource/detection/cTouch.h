@@ -13,12 +13,14 @@ struct QVR_API TouchPosition {
     float z = 0.0f;
 };
 
+// One thread at a time.
 class QVR_API cTouch {
   public:
     // Moves the slot to a blob's centre. A free slot starts there; a used one smooths towards
     // the position held before this call, so the smoothed value trails by one frame.
     void setCurrentPosition(float x, float y, float z);
 
+    // The smoothed position, widened to double precision.
     void getLerpedPos(Vector3& out);
 
     // Squared distance in the image plane; `z` plays no part.
