@@ -111,6 +111,15 @@ TEST_F(BlobManagerFrame, BandNarrowsWithTheDistanceOfTheNearestFlatDepth) {
     EXPECT_EQ(manager.cutoffDepth, 1500 + 200);
 }
 
+TEST_F(BlobManagerFrame, EqualBandsAreThatBandAtEveryDepth) {
+    size(1, 1);
+    manager.maxDiffNear = manager.maxDiffFar = 10;
+    for (int depth = 601; depth < 2400; ++depth) {
+        process(Image(1, 1, static_cast<std::uint16_t>(depth)));
+        ASSERT_EQ(manager.cutoffDepth, depth + 10);
+    }
+}
+
 TEST_F(BlobManagerFrame, NearestFlatSurfaceSetsTheCut) {
     size(60, 30);
     Image image(60, 30, 2000);

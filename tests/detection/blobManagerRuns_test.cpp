@@ -283,6 +283,20 @@ TEST_F(BlobLines, FirstBlobNearEnoughTakesTheRun) {
     EXPECT_EQ(lines(1), 1U);
 }
 
+TEST_F(BlobLines, InvalidBlobTakesARunOnlyAsAFreeOne) {
+    manager.processBlobLine(100, 120, 10);
+    manager.processBlobLine(140, 160, 10);
+    manager.blobs[0].valid = false;        // as after a centre without weight
+    manager.processBlobLine(120, 140, 11); // near both
+    EXPECT_EQ(lines(0), 1U);
+    EXPECT_EQ(lines(1), 2U);
+    manager.processBlobLine(500, 520, 12);
+    EXPECT_EQ(lines(0), 2U);
+    EXPECT_EQ(lines(2), 0U);
+    EXPECT_TRUE(manager.blobs[0].valid);
+    EXPECT_EQ(manager.blobs[0].minY, 12U);
+}
+
 TEST_F(BlobLines, NegativeLimitsJoinNothing) {
     manager.blobLineAssocLimitU = -1;
     manager.processBlobLine(100, 120, 10);
