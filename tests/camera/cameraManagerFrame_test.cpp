@@ -120,6 +120,17 @@ TEST_F(CameraManagerFrame, TouchesAreInCalibratedCoordinatesUnlessSwitchedOff) {
     EXPECT_NEAR(again, 62.0, 1e-3);
 }
 
+TEST_F(CameraManagerFrame, AveragePositionIsInCameraSpaceWhateverTheOutputIs) {
+    cameraManager& manager = startAll();
+    ASSERT_TRUE(manager.setProjectionMap(support::doublingMap(0), 0));
+    cameraManager::update(frame);
+    cameraManager::update(frame);
+    QVR::Vector3 average;
+    manager.touches->getAveragePos(average);
+    EXPECT_NEAR(average.x, 31.0, 1e-4);
+    EXPECT_NEAR(average.y, 24.0, 1e-4);
+}
+
 TEST_F(CameraManagerFrame, PreparesTheTouchCollection) {
     cameraManager& manager = startAll();
     cameraManager::update(frame);
