@@ -39,8 +39,7 @@ std::string utils::readFileContent(const std::string& path) {
     while (file.read(buffer.data(), buffer.size()) || file.gcount() > 0) {
         content.append(buffer.data(), static_cast<std::size_t>(file.gcount()));
     }
-    // A folder opens but cannot be read, and a stick may be pulled half-way.
-    return file.bad() ? "" : content;
+    return content;
 }
 
 std::vector<std::string> utils::split(const char* text, char delimiter) {
