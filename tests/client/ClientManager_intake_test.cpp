@@ -489,6 +489,15 @@ TEST_F(ClientManagerIntake, RefusesAnImageAboveItsLimitInEachOfTheThreeStreams) 
     }
 }
 
+TEST_F(ClientManagerIntake, CountsAnImagesBytesNotItsPixels) {
+    ProtocolHeader header = support::touchesOnlyHeader();
+    header.colorX = 16384;
+    header.colorY = 5462; // 48 KiB a row: one row above the limit
+    header.colorChannels = 3;
+    header.colorDepth = 1;
+    EXPECT_EQ(firstContact(header), -3);
+}
+
 TEST_F(ClientManagerIntake, TakesAnImageOfExactlyTheLimit) {
     ProtocolHeader header = support::touchesOnlyHeader();
     header.touchCount = 0;

@@ -41,6 +41,7 @@ struct System {
     std::vector<int> connectionResults; // one for each address that the lookup finds
     std::vector<int> connections;       // the address of each attempt, by its place in the list
     int listsFreed = 0;
+    std::vector<std::string> shutdowns; // "descriptor direction" of each
 };
 
 System& scripted() {
@@ -86,6 +87,11 @@ int socket(int family, int type, int protocol) noexcept {
     scripted().sockets.push_back(std::to_string(family) + " " + std::to_string(type) + " " +
                                  std::to_string(protocol));
     return static_cast<int>(answer(scripted().refusesSockets ? Result{-1, EMFILE} : Result{900}));
+}
+
+int shutdown(int descriptor, int direction) noexcept {
+    scripted().shutdowns.push_back(std::to_string(descriptor) + " " + std::to_string(direction));
+    return 0;
 }
 
 int getaddrinfo(const char* host, const char* port, const addrinfo* hints, addrinfo** list) {
@@ -234,6 +240,28 @@ TEST_F(TcpClientWinCalls, AsksForNoSignalWithEverySend) {
     EXPECT_EQ(scripted().sendFlags, MSG_NOSIGNAL);
 }
 #endif
+
+TEST_F(TcpClientWinCalls, ShutsBothDirectionsDownOnceAConnectionEnds) {
+    const std::string bothWays = "900 " + std::to_string(SHUT_RDWR);
+    EXPECT_EQ(client.recv(buffer.data(), 64), -1);
+    EXPECT_THAT(scripted().shutdowns, ElementsAre(bothWays));
+    client.close();
+    EXPECT_THAT(scripted().shutdowns, ElementsAre(bothWays));
+
+    client.socket = 900;
+    client.close();
+    EXPECT_THAT(scripted().shutdowns, ElementsAre(bothWays, bothWays));
+}
+
+TEST_F(TcpClientWinCalls, OwnsANumberAgainThatANewConnectionGets) {
+    EXPECT_EQ(client.recv(buffer.data(), 64), -1);
+    scripted().connectionResults = {0};
+    EXPECT_EQ(client.connect("camera.local", "27016"), 0);
+    EXPECT_EQ(client.socket, 900);
+    scripted().shutdowns.clear();
+    client.close();
+    EXPECT_EQ(scripted().shutdowns.size(), 1u);
+}
 
 TEST_F(TcpClientWinCalls, LooksUpStreamsOverTcpOfAnyFamily) {
     client.socket = -1;
