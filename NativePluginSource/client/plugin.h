@@ -84,9 +84,11 @@ enum QvrUpdateResult {
 /* Receives the next frame; connects first when there is no connection. Blocks until the frame is
  * whole (the server's frame interval, when the host is the faster one) or the attempt has
  * failed; the connection attempt has the system's time-out. Returns an enum QvrUpdateResult.
- * After a failure the next update connects anew. The header is asked for once in a client's life,
- * though: after QVR_UPDATE_NO_HEADER later updates connect and return QVR_UPDATE_OK at once
- * without receiving anything, until shutDown and init. */
+ * After a failure the next update connects anew, which helps by itself only after
+ * QVR_UPDATE_NO_CONNECTION: a client takes in one header in its life, while a server sends one on
+ * every connection. So after QVR_UPDATE_NO_FRAME the new connection's header would be taken for
+ * the start of a frame, and after QVR_UPDATE_NO_HEADER updates return QVR_UPDATE_OK at once
+ * without receiving anything. Call shutDown and init first in both cases. */
 QVR_API int update(void);
 
 /* True when a client exists, connected or not. */
