@@ -64,17 +64,21 @@ std::optional<std::size_t> RawClient::readSome(std::byte* into, std::size_t size
     return count > 0 ? static_cast<std::size_t>(count) : 0;
 }
 
-Bytes RawClient::read(std::size_t size) {
-    Bytes bytes(size);
+void RawClient::readInto(Bytes& bytes) {
     std::size_t have = 0;
-    while (have < size) {
-        const std::optional<std::size_t> count = readSome(bytes.data() + have, size - have);
+    while (have < bytes.size()) {
+        const std::optional<std::size_t> count = readSome(bytes.data() + have, bytes.size() - have);
         if (!count)
             throw std::runtime_error("nothing came for ten seconds");
         if (*count == 0)
             throw std::runtime_error("the connection ended");
         have += *count;
     }
+}
+
+Bytes RawClient::read(std::size_t size) {
+    Bytes bytes(size);
+    readInto(bytes);
     return bytes;
 }
 
@@ -91,6 +95,11 @@ QVR::ProtocolHeader RawClient::readHeader() {
 
 Bytes RawClient::readFrame() {
     return read(frameBytes_);
+}
+
+void RawClient::readFrame(Bytes& frame) {
+    frame.resize(frameBytes_);
+    readInto(frame);
 }
 
 bool RawClient::waitUntilClosed() {

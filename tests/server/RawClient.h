@@ -27,6 +27,8 @@ class RawClient {
     // The header, and the bytes of one frame as the header announces them.
     QVR::ProtocolHeader readHeader();
     Bytes readFrame();
+    // The same into a buffer that is used again and again.
+    void readFrame(Bytes& frame);
     std::size_t frameBytes() const { return frameBytes_; }
 
     // True when the connection ends within ten seconds; what comes before is thrown away.
@@ -39,6 +41,8 @@ class RawClient {
     void close();
 
   private:
+    // Fills `bytes`.
+    void readInto(Bytes& bytes);
     // Bytes read, 0 at the end or after an error; nothing after ten seconds.
     std::optional<std::size_t> readSome(std::byte* into, std::size_t size);
 
