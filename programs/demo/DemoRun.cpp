@@ -70,12 +70,13 @@ std::string DemoRun::run() {
 std::string DemoRun::startServer() {
     // The number of frames is the server's own limit, should nobody be left to end it.
     const double limit = std::ceil((options_.seconds + 20) * mostFramesPerSecond);
-    server_ = std::make_unique<ChildProcess>(Command{
-        options_.server.string(),
-        {"--camera", sourceFor(options_.camera), "--port", "0", "--color", "--depth", "--processed", "--touch",
-         "--frames", std::to_string(static_cast<long long>(limit)), "--touch-log", serverLog()},
-        {environment_},
-        workspace_.file("server.txt")});
+    server_ = std::make_unique<ChildProcess>(
+        Command{options_.server.string(),
+                {"--camera", sourceFor(options_.camera), "--port", "0", "--color", "--depth",
+                 "--processed", "--touch", "--frames",
+                 std::to_string(static_cast<long long>(limit)), "--touch-log", serverLog()},
+                {environment_},
+                workspace_.file("server.txt")});
     const bool told = waitUntil(serverStartSeconds, [this] {
         address_ = listeningAddress();
         return !address_.empty() || server_->ending();

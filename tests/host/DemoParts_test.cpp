@@ -4,6 +4,7 @@
 #include "demo/Summary.h"
 #include "demo/TouchRecords.h"
 #include "demo/Workspace.h"
+#include "support/TemporaryFolder.h"
 
 #include <chrono>
 #include <csignal>
@@ -22,21 +23,13 @@ namespace fs = std::filesystem;
 
 class DemoParts : public testing::Test {
   protected:
-    void SetUp() override {
-        std::string pattern = (fs::temp_directory_path() / "qvr-parts-XXXXXX").string();
-        ASSERT_NE(mkdtemp(pattern.data()), nullptr);
-        folder = pattern;
-    }
-    void TearDown() override { fs::remove_all(folder); }
-
     std::string write(const std::string& name, const std::string& text) {
-        fs::create_directories((folder / name).parent_path());
-        std::ofstream(folder / name) << text;
-        return (folder / name).string();
+        return temporary.write(name, text);
     }
     std::string read(const fs::path& file) { return demo::lastLines(file.string(), 1000); }
 
-    fs::path folder;
+    support::TemporaryFolder temporary;
+    fs::path folder = temporary.path();
 };
 
 TEST_F(DemoParts, ReadTheServersLog) {

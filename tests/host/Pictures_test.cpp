@@ -2,6 +2,7 @@
 #include "host/Keeper.h"
 #include "host/Pictures.h"
 #include "host/Plugin.h"
+#include "support/TemporaryFolder.h"
 
 #include <cstdlib>
 #include <filesystem>
@@ -16,20 +17,7 @@ using host::Pictures;
 using host::Snapshot;
 using programs::Color;
 using programs::ColorImage;
-
-// A folder that is gone after the test.
-class TemporaryFolder {
-  public:
-    TemporaryFolder() {
-        std::string pattern = testing::TempDir() + "/qvr-pictures-XXXXXX";
-        path_ = mkdtemp(pattern.data());
-    }
-    ~TemporaryFolder() { std::filesystem::remove_all(path_); }
-    std::string file(const std::string& name) const { return path_ + "/" + name; }
-
-  private:
-    std::string path_;
-};
+using support::TemporaryFolder;
 
 ColorImage readPng(const std::string& path) {
     png_image file = {};

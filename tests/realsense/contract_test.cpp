@@ -1,6 +1,6 @@
 // What every camera does, whichever source its pictures come from.
+#include "support/PictureFolder.h"
 #include "support/ScriptedSource.h"
-#include "support/TemporaryFolder.h"
 #include "support/alignmentOracle.h"
 #include "support/calls.h"
 
@@ -22,12 +22,12 @@ static_assert(sizeof(rs_stream) == 4 && sizeof(rs_distortion) == 4);
 
 struct SourceCase {
     const char* name;
-    void (*select)(const TemporaryFolder& folder);
+    void (*select)(const PictureFolder& folder);
     int depthWidth, depthHeight;
     int colorWidth, colorHeight;
 };
 
-void selectScripted(const TemporaryFolder&) {
+void selectScripted(const PictureFolder&) {
     selectSource([] {
         auto script = std::make_shared<Script>();
         script->paced = false;
@@ -35,7 +35,7 @@ void selectScripted(const TemporaryFolder&) {
     });
 }
 
-void selectImages(const TemporaryFolder& folder) {
+void selectImages(const PictureFolder& folder) {
     for (int number = 0; number < 3; ++number) {
         std::vector<std::uint16_t> samples(12 * 10);
         for (std::size_t i = 0; i < samples.size(); ++i) {
@@ -44,11 +44,11 @@ void selectImages(const TemporaryFolder& folder) {
         samples[5] = 0;
         folder.writeDepth("depth_" + std::to_string(number) + ".png", 12, 10, samples);
     }
-    const std::string uri = "images:" + folder.path().string() + ",pace=off";
+    const std::string uri = "images:" + folder.path() + ",pace=off";
     call(rs_select_camera_source, uri.c_str());
 }
 
-void selectSimulated(const TemporaryFolder&) {
+void selectSimulated(const PictureFolder&) {
     call(rs_select_camera_source, "simulated:pace=off,depth=160x120,color=200x150");
 }
 
@@ -103,7 +103,7 @@ class CameraContract : public testing::TestWithParam<SourceCase> {
         return cameras;
     }
 
-    TemporaryFolder folder;
+    PictureFolder folder;
     rs_context* context = nullptr;
     rs_device* device = nullptr;
 };

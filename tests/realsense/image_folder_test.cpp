@@ -3,11 +3,12 @@
 #include "images/image_folder.h"
 #include "images/png_image.h"
 #include "source_uri.h"
-#include "support/TemporaryFolder.h"
+#include "support/PictureFolder.h"
 #include "support/calls.h"
 
 #include <algorithm>
 #include <cstring>
+#include <filesystem>
 
 #include <gtest/gtest.h>
 
@@ -41,9 +42,7 @@ std::vector<std::uint8_t> plainColor(int width, int height, int value) {
 
 class ImageFolderTest : public testing::Test {
   protected:
-    std::string uri(const std::string& keys = "") const {
-        return "images:" + folder.path().string() + keys;
-    }
+    std::string uri(const std::string& keys = "") const { return "images:" + folder.path() + keys; }
     std::unique_ptr<camera::FrameSource> source(const std::string& keys = "") const {
         return camera::makeSource(uri(keys));
     }
@@ -69,7 +68,7 @@ class ImageFolderTest : public testing::Test {
         return thrownBy([&] { camera.configure({0, 0, framerate}, {0, 0, framerate}); });
     }
 
-    TemporaryFolder folder;
+    PictureFolder folder;
 };
 
 TEST_F(ImageFolderTest, PlaysImagesInNameOrderOverAndOver) {
@@ -112,7 +111,7 @@ TEST_F(ImageFolderTest, LooksLikeACameraWithUsualValues) {
     EXPECT_EQ(std::memcmp(&geometry.color, &geometry.depth, sizeof geometry.color), 0);
     const rs_extrinsics identity{{1, 0, 0, 0, 1, 0, 0, 0, 1}, {0, 0, 0}};
     EXPECT_EQ(std::memcmp(&geometry.depthToColor, &identity, sizeof identity), 0);
-    EXPECT_EQ(camera->serial(), folder.path().string());
+    EXPECT_EQ(camera->serial(), folder.path());
     EXPECT_EQ(camera->truth(7).frame, 7u);
     EXPECT_EQ(camera->truth(7).known, 0);
     EXPECT_EQ(camera->truth(7).finger_count, 0);
@@ -196,7 +195,7 @@ TEST_F(ImageFolderTest, NamesAMissingFolder) {
 TEST_F(ImageFolderTest, NamesAFolderWithoutDepthImages) {
     folder.writeColor("color_1.png", 4, 3, plainColor(4, 3, 9));
     folder.write("notes.txt", "");
-    EXPECT_EQ(problem(), "image folder " + folder.path().string() +
+    EXPECT_EQ(problem(), "image folder " + folder.path() +
                              " has no depth images; 16-bit grey PNGs are needed");
 }
 

@@ -26,6 +26,8 @@ class TemporaryFolder {
     TemporaryFolder& operator=(const TemporaryFolder&) = delete;
 
     const std::string& path() const { return path_; }
+    // The path of a file or folder in it.
+    std::string file(const std::string& name) const { return path_ + "/" + name; }
 
     // Writes a file, with the folders that lead to it, and returns its absolute path.
     std::string write(const std::string& relativePath, const std::string& content) const {

@@ -5,16 +5,17 @@
 #include "support/ScopedEnvironment.h"
 #include "support/TemporaryFolder.h"
 
+#include <filesystem>
 #include <string>
 
 namespace support {
 
 class TemporaryVolume {
   public:
+    TemporaryVolume() { std::filesystem::create_directory(folder_.file("QVR_calibration")); }
+
     // The absolute path of a file at `relativePath`, as the lookup spells it.
-    std::string path(const std::string& relativePath) const {
-        return folder_.path() + "/" + relativePath;
-    }
+    std::string path(const std::string& relativePath) const { return folder_.file(relativePath); }
 
     void write(const std::string& relativePath, const std::string& text) const {
         folder_.write(relativePath, text);

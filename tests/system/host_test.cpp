@@ -1,6 +1,7 @@
 // qvr-host and qvr-demo as a user runs them.
 #include "demo/ChildProcess.h"
 #include "demo/TouchRecords.h"
+#include "support/TemporaryFolder.h"
 
 #include <algorithm>
 #include <chrono>
@@ -39,12 +40,8 @@ bool waitUntil(const std::function<bool()>& done, double seconds = 20) {
 class HostProgram : public testing::Test {
   protected:
     void SetUp() override {
-        std::string pattern = (fs::temp_directory_path() / "qvr-host-test-XXXXXX").string();
-        ASSERT_NE(mkdtemp(pattern.data()), nullptr);
-        folder = pattern;
         fs::copy(fs::path(EXAMPLES) / "simulated" / "QVR_calibration", folder / "QVR_calibration");
     }
-    void TearDown() override { fs::remove_all(folder); }
 
     std::string file(const std::string& name) const { return (folder / name).string(); }
     std::string text(const std::string& name) const {
@@ -105,7 +102,8 @@ class HostProgram : public testing::Test {
                           [](const demo::HostFrame& frame) { return frame.result == 0; }));
     }
 
-    fs::path folder;
+    support::TemporaryFolder temporary;
+    fs::path folder = temporary.path();
     std::string address;
 };
 

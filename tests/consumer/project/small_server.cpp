@@ -1,10 +1,10 @@
 // The smallest camera server's worth of calls: set up, one frame, what a client would be told.
-#include <cstdio>
-
 #include "camera/cameraManager.h"
 #include "detection/blobManager.h"
 #include "foundation/utils.h"
 #include "serverClient/frameProtocol.h"
+
+#include <cstdio>
 
 int main() {
     QVR::cameraManager::init();

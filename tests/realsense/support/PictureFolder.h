@@ -1,11 +1,10 @@
 // A folder of its own for a test, and PNG files to put into it.
 #pragma once
 
+#include "support/TemporaryFolder.h"
+
 #include <cstdint>
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <stdexcept>
+#include <cstdio>
 #include <string>
 #include <vector>
 
@@ -13,37 +12,16 @@
 
 namespace camera_test {
 
-class TemporaryFolder {
+class PictureFolder : public support::TemporaryFolder {
   public:
-    TemporaryFolder() {
-        std::string pattern = (std::filesystem::temp_directory_path() / "camera-XXXXXX").string();
-        if (!mkdtemp(pattern.data())) {
-            throw std::runtime_error("no temporary folder");
-        }
-        path_ = pattern;
-    }
-    ~TemporaryFolder() {
-        std::error_code ignored;
-        std::filesystem::remove_all(path_, ignored);
-    }
-    TemporaryFolder(const TemporaryFolder&) = delete;
-    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-
-    const std::filesystem::path& path() const { return path_; }
-    std::string file(const std::string& name) const { return (path_ / name).string(); }
-
-    void write(const std::string& name, const std::string& bytes) const {
-        std::ofstream(path_ / name, std::ios::binary) << bytes;
-    }
-
     // `samples` are the image's bytes in file order, rows without gaps.
     void writePng(const std::string& name, int width, int height, int bits, int colorType,
                   const std::vector<std::uint8_t>& samples,
                   int interlace = PNG_INTERLACE_NONE) const {
-        std::FILE* file = std::fopen((path_ / name).c_str(), "wb");
+        std::FILE* stream = std::fopen(file(name).c_str(), "wb");
         png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
         png_infop info = png_create_info_struct(png);
-        png_init_io(png, file);
+        png_init_io(png, stream);
         png_set_IHDR(png, info, static_cast<png_uint_32>(width), static_cast<png_uint_32>(height),
                      bits, colorType, interlace, PNG_COMPRESSION_TYPE_BASE, PNG_FILTER_TYPE_BASE);
         png_write_info(png, info);
@@ -56,7 +34,7 @@ class TemporaryFolder {
         png_write_image(png, rows.data());
         png_write_end(png, nullptr);
         png_destroy_write_struct(&png, &info);
-        std::fclose(file);
+        std::fclose(stream);
     }
 
     void writeDepth(const std::string& name, int width, int height,
@@ -74,9 +52,6 @@ class TemporaryFolder {
                     const std::vector<std::uint8_t>& rgb) const {
         writePng(name, width, height, 8, PNG_COLOR_TYPE_RGB, rgb);
     }
-
-  private:
-    std::filesystem::path path_;
 };
 
 } // namespace camera_test
