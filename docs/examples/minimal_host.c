@@ -44,6 +44,14 @@ static unsigned char* makeColorTexture(void) {
     return texture;
 }
 
+static void connectToServer(int argc, char** argv) {
+    if (argc > 2) {
+        initClientWithCustomServer(argv[1], (unsigned int)strtoul(argv[2], NULL, 10));
+    } else {
+        init();
+    }
+}
+
 int main(int argc, char** argv) {
     const long frames = argc > 3 ? strtol(argv[3], NULL, 10) : 300;
     const struct timespec pause = {0, 500 * 1000 * 1000};
@@ -52,20 +60,20 @@ int main(int argc, char** argv) {
     int attempts = 0;
 
     registerDebugCallback(printMessage);
-    if (argc > 2) {
-        initClientWithCustomServer(argv[1], (unsigned int)strtoul(argv[2], NULL, 10));
-    } else {
-        init();
-    }
+    connectToServer(argc, argv);
 
     while (frame < frames && attempts < 20) {
         /* Blocks until the next frame is there, so this loop runs at the camera's pace. A host
          * with a loop of its own calls it once per turn. */
         const int result = update();
         if (result != QVR_UPDATE_OK) {
-            /* The next update connects anew. */
+            /* Start anew: only a new instance reads the header that a server sends first. */
             fprintf(stderr, "no frame (%d)\n", result);
+            shutDown();
+            free(colorTexture);
+            colorTexture = NULL;
             nanosleep(&pause, NULL);
+            connectToServer(argc, argv);
             ++attempts;
             continue;
         }
