@@ -13,7 +13,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-extern char** environ;
+// Only some systems declare it.
+extern char** environ; // NOLINT(readability-redundant-declaration)
 
 namespace demo {
 

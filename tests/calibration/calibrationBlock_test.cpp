@@ -9,7 +9,6 @@
 #include <gtest/gtest.h>
 
 using namespace calibrationFixtures;
-using QVR::aabbCellCoord;
 using QVR::calibrationBlock;
 using QVR::calibrationCell;
 using support::LogCapture;

@@ -225,7 +225,7 @@ TEST_F(HardwareCamera, FailsWhenTheDeviceQueryFails) {
 
 TEST_F(HardwareCamera, StopsTheSourceWhenTheDeviceCannotBeDescribed) {
     for (std::size_t at = 3; at < callsUpToFirmware.size(); ++at) {
-        const std::string call = callsUpToFirmware[at];
+        const std::string& call = callsUpToFirmware[at];
         const std::string function = call.substr(0, call.find('('));
         SCOPED_TRACE(function);
         fake.reset();

@@ -54,7 +54,7 @@ std::string document(const Sizes& sizes) {
 
 class PipelineOnSimulatedCamera : public testing::Test {
   protected:
-    ~PipelineOnSimulatedCamera() override {
+    void TearDown() override {
         if (cameraManager::get() != nullptr) {
             cameraManager::destroy();
         }
