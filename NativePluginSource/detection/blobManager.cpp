@@ -1,7 +1,6 @@
 #include "detection/blobManager.h"
 
-#include "detection/blobRuns.h"
-#include "detection/flatnessMask.h"
+#include "detection/detectionKernels.h"
 #include "detection/touchManager.h"
 #include "foundation/Logger.h"
 #include "foundation/numbers.h"
@@ -23,6 +22,7 @@ void blobManager::setConfig(float oneMeterUnits, unsigned int imageWidth,
     const bool countable = std::uint64_t{width} * height == pixelCount;
     mask.assign(countable ? pixelCount : 0, 0);
     rowRuns.resize(countable ? mostRuns(width) : 0);
+    strips.resize(stripPixels);
     for (cImageBlob& blob : blobs) {
         blob.setSize(width, countable ? height : 0);
     }
@@ -37,16 +37,17 @@ void blobManager::setFarClipping(float meters) {
 // Whether there is an image size, and all that setConfig made fits it.
 bool blobManager::hasImage() const {
     return !mask.empty() && mask.size() == std::uint64_t{width} * height &&
-           rowRuns.size() >= mostRuns(width);
+           rowRuns.size() >= mostRuns(width) && strips.size() == stripPixels;
 }
 
 void blobManager::processFrame(const unsigned short* depth) {
     if (!hasImage()) {
         return;
     }
-    const FlatnessResult marked =
-        markFlatPixels({depth, width, height},
-                       {nearNoiseCutoff, farLimit, flatnessRadius, flatnessThreshold}, mask.data());
+    const DetectionKernels& kernels = activeKernels();
+    const FlatnessResult marked = kernels.markFlatPixels(
+        {depth, width, height}, {nearNoiseCutoff, farLimit, flatnessRadius, flatnessThreshold},
+        strips.data(), mask.data());
     if (!marked.anyInRange) {
         return;
     }
@@ -55,7 +56,7 @@ void blobManager::processFrame(const unsigned short* depth) {
     const double t = utils::clamp01(utils::inverseLerp(nearNoiseCutoff, farLimit, base));
     const int band = truncateToInt(maxDiffNear + (maxDiffFar - maxDiffNear) * t);
     const auto cut = static_cast<std::uint16_t>(base + static_cast<std::uint32_t>(band));
-    clearBeyondCut(depth, mask.size(), cut, mask.data());
+    kernels.clearBeyondCut(depth, mask.size(), cut, mask.data());
     cutoffDepth = cut;
 }
 
@@ -70,10 +71,11 @@ void blobManager::extractBlobs(const unsigned short* depth) {
     if (!hasImage()) {
         return;
     }
+    const DetectionKernels& kernels = activeKernels();
     const RunSettings settings{minBlobSize, minBlobSpace, allowedBlobNoiseGap};
     for (std::uint32_t y = 0; y < height; ++y) {
         const std::uint8_t* const maskRow = mask.data() + std::size_t{y} * width;
-        const std::size_t count = findRuns(maskRow, width, settings, rowRuns.data());
+        const std::size_t count = kernels.findRuns(maskRow, width, settings, rowRuns.data());
         for (std::size_t i = 0; i < count; ++i) {
             processBlobLine(rowRuns[i].start, rowRuns[i].end, y);
         }

@@ -64,6 +64,11 @@ class QVR_API blobManager {
     // The settings as text, one line each.
     std::string getVariableReadout();
 
+    // The name of the form in which the inner steps run: "plain", "sse", "avx2" or "avx512". All
+    // give the same results. The best one the processor has, unless the environment variable
+    // QVR_DETECTION_KERNELS names another when the process first uses detection.
+    std::string getKernelReadout();
+
     std::uint16_t maxDiffNear = 200;       // band above the nearest flat depth at the near limit
     std::uint16_t maxDiffFar = 30;         // the same band at the far limit
     std::uint16_t nearNoiseCutoff = 600;   // depths at or below are ignored
@@ -87,7 +92,8 @@ class QVR_API blobManager {
   private:
     bool hasImage() const;
 
-    std::vector<BlobRun> rowRuns; // the runs of one row while blobs are extracted
+    std::vector<BlobRun> rowRuns;      // the runs of one row while blobs are extracted
+    std::vector<std::uint16_t> strips; // ends of image rows while pixels are marked
 };
 
 } // namespace QVR

@@ -1,5 +1,6 @@
 // The blob manager's settings as a document gives them and as the readout prints them.
 #include "detection/blobManager.h"
+#include "detection/detectionKernels.h"
 #include "detection/settingField.h"
 #include "foundation/Logger.h"
 #include "foundation/jsonValues.h"
@@ -68,6 +69,10 @@ std::string blobManager::getVariableReadout() {
     line("allowedBlobNoiseGap ", allowedBlobNoiseGap);
     line("oneMeter ", oneMeter);
     return text;
+}
+
+std::string blobManager::getKernelReadout() {
+    return activeKernels().name;
 }
 
 } // namespace QVR

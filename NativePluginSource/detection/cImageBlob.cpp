@@ -1,6 +1,6 @@
 #include "detection/cImageBlob.h"
 
-#include "detection/centerSums.h"
+#include "detection/detectionKernels.h"
 #include "foundation/Logger.h"
 
 #include <algorithm>
@@ -71,15 +71,16 @@ void cImageBlob::calculateCenter(const unsigned short* depth, unsigned short, un
         return;
     }
     // Crossed row limits leave the sums empty, and the blob becomes invalid below.
+    const DetectionKernels& kernels = activeKernels();
     CenterSums sums;
     const std::size_t rows = std::min({lineStart.size(), lineEnd.size(), std::size_t{height}});
     for (std::size_t y = minY; y < rows && y <= maxY; ++y) {
         const std::int64_t start = lineStart[y];
         const std::int64_t end = std::min<std::int64_t>(lineEnd[y], std::int64_t{width} - 1);
         if (start >= 0 && start <= end) {
-            addRowToCenter(depth + y * width, static_cast<std::uint32_t>(start),
-                           static_cast<std::uint32_t>(end), static_cast<std::uint32_t>(y), cutoff,
-                           bias, sums);
+            kernels.addRowToCenter(depth + y * width, static_cast<std::uint32_t>(start),
+                                   static_cast<std::uint32_t>(end), static_cast<std::uint32_t>(y),
+                                   cutoff, bias, sums);
         }
     }
 

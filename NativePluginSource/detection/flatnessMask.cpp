@@ -13,8 +13,6 @@ namespace QVR {
 
 namespace {
 
-constexpr int flatMark = 11;
-
 std::uint32_t heldBefore(std::uint32_t position, std::uint32_t distance) {
     return distance > position ? 0 : position - distance;
 }

@@ -20,9 +20,12 @@ struct FlatnessSettings {
     std::uint16_t threshold; // a smaller depth difference counts as the same surface
 };
 
+constexpr int flatMark = 11;                 // marks from here on make a pixel flat
+constexpr std::uint32_t noFlatPixel = 64000; // the nearest depth when no flat pixel is nearer
+
 struct FlatnessResult {
     bool anyInRange = false;
-    std::uint32_t nearest = 64000; // least depth of a flat pixel, or this when none is nearer
+    std::uint32_t nearest = noFlatPixel; // least depth of a flat pixel
 };
 
 // How many of the eight neighbours at distance `radius` of pixel (x, y), which lies inside the
@@ -31,7 +34,7 @@ int countSameNeighbours(const DepthView& image, std::uint32_t x, std::uint32_t y
                         std::uint32_t radius, std::uint16_t threshold);
 
 // Writes one mark per pixel: 0 out of range, else the number of same neighbours at distance
-// `radius` and at twice that distance, 0 to 16. A mark of 11 or more makes a pixel flat.
+// `radius` and at twice that distance, 0 to 16.
 FlatnessResult markFlatPixels(const DepthView& image, const FlatnessSettings& settings,
                               std::uint8_t* mask);
 

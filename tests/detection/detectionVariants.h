@@ -1,26 +1,34 @@
-// Every form of the detection's inner functions that must equal the literal algorithm. A new form
-// is one more entry: all comparisons then run on it.
+// Every form of the detection's inner functions that must equal the literal algorithm.
 #pragma once
 
-#include "detection/blobRuns.h"
-#include "detection/centerSums.h"
-#include "detection/flatnessMask.h"
+#include "detection/detectionKernels.h"
 
-#include <vector>
+#include <string>
+
+#include <gtest/gtest.h>
 
 namespace literal {
 
-struct DetectionVariant {
-    const char* name;
-    decltype(&QVR::markFlatPixels) markFlatPixels;
-    decltype(&QVR::clearBeyondCut) clearBeyondCut;
-    decltype(&QVR::findRuns) findRuns;
-    decltype(&QVR::addRowToCenter) addRowToCenter;
+// For ::testing::ValuesIn; which of them this machine has turns out in the test.
+inline const char* const kernelNames[] = {"plain", "sse", "avx2", "avx512"};
+
+// A suite that runs once per form; a form that the processor lacks is skipped.
+class EveryForm : public ::testing::TestWithParam<const char*> {
+  protected:
+    void SetUp() override {
+        kernels = QVR::findKernels(GetParam());
+        if (kernels == nullptr) {
+            GTEST_SKIP() << "this processor has no " << GetParam();
+        }
+    }
+
+    bool plain() const { return std::string(GetParam()) == "plain"; }
+
+    const QVR::DetectionKernels* kernels = nullptr;
 };
 
-inline std::vector<DetectionVariant> detectionVariants() {
-    return {{"plain", &QVR::markFlatPixels, &QVR::clearBeyondCut, &QVR::findRuns,
-             &QVR::addRowToCenter}};
+inline std::string formName(const ::testing::TestParamInfo<const char*>& entry) {
+    return entry.param;
 }
 
 } // namespace literal

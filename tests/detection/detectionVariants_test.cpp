@@ -10,10 +10,50 @@ namespace {
 
 constexpr std::uint32_t mostColumns = 130;
 
-class DetectionVariants : public ::testing::TestWithParam<literal::DetectionVariant> {};
+// Marks one image and cuts it, both compared with the literal algorithm.
+void compareMarks(const QVR::DetectionKernels& kernels, const literal::Image& image,
+                  const literal::Settings& settings, std::uint16_t cut) {
+    const std::uint32_t width = image.width;
+    // Nothing may depend on what an earlier image left in the strips.
+    std::vector<std::uint16_t> strips(QVR::stripPixels, 1234);
+    std::vector<std::uint8_t> marks(image.pixels.size(), 99);
+    const QVR::FlatnessResult result =
+        kernels.markFlatPixels({image.data(), width, image.height},
+                               {settings.nearNoiseCutoff, settings.farLimit,
+                                settings.flatnessRadius, settings.flatnessThreshold},
+                               strips.data(), marks.data());
 
-INSTANTIATE_TEST_SUITE_P(All, DetectionVariants, ::testing::ValuesIn(literal::detectionVariants()),
-                         [](const auto& entry) { return entry.param.name; });
+    std::uint32_t nearest = 64000;
+    bool anyInRange = false;
+    for (std::size_t i = 0; i < marks.size(); ++i) {
+        const std::uint16_t depth = image.pixels[i];
+        int mark = 0;
+        if (depth > settings.nearNoiseCutoff && depth < settings.farLimit) {
+            const auto x = static_cast<std::int64_t>(i % width);
+            const auto y = static_cast<std::int64_t>(i / width);
+            const std::int64_t radius = settings.flatnessRadius;
+            mark = literal::countSame(image, x, y, radius, settings.flatnessThreshold) +
+                   literal::countSame(image, x, y, 2 * radius, settings.flatnessThreshold);
+            anyInRange = true;
+            nearest = mark >= 11 ? std::min<std::uint32_t>(nearest, depth) : nearest;
+        }
+        ASSERT_EQ(marks[i], mark) << "pixel " << i << ", radius " << settings.flatnessRadius
+                                  << ", threshold " << settings.flatnessThreshold;
+    }
+    ASSERT_EQ(result.anyInRange, anyInRange);
+    ASSERT_EQ(result.nearest, nearest);
+
+    std::vector<std::uint8_t> cutMarks = marks;
+    kernels.clearBeyondCut(image.data(), cutMarks.size(), cut, cutMarks.data());
+    for (std::size_t i = 0; i < marks.size(); ++i) {
+        ASSERT_EQ(cutMarks[i], image.pixels[i] > cut ? 0 : marks[i]) << "cut " << cut;
+    }
+}
+
+using DetectionVariants = literal::EveryForm;
+
+INSTANTIATE_TEST_SUITE_P(All, DetectionVariants, ::testing::ValuesIn(literal::kernelNames),
+                         literal::formName);
 
 TEST_P(DetectionVariants, MarksAndCutEqualTheLiteralAlgorithm) {
     literal::RandomCases random(1);
@@ -21,39 +61,23 @@ TEST_P(DetectionVariants, MarksAndCutEqualTheLiteralAlgorithm) {
         for (std::uint32_t height = 1; height <= 9; ++height) {
             const literal::Settings settings = random.settings();
             const literal::Image image = random.image(width, height, settings);
-            std::vector<std::uint8_t> marks(image.pixels.size(), 99);
-            const QVR::FlatnessResult result =
-                GetParam().markFlatPixels({image.data(), width, height},
-                                          {settings.nearNoiseCutoff, settings.farLimit,
-                                           settings.flatnessRadius, settings.flatnessThreshold},
-                                          marks.data());
-
-            std::uint32_t nearest = 64000;
-            bool anyInRange = false;
-            for (std::size_t i = 0; i < marks.size(); ++i) {
-                const std::uint16_t depth = image.pixels[i];
-                int mark = 0;
-                if (depth > settings.nearNoiseCutoff && depth < settings.farLimit) {
-                    const auto x = static_cast<std::int64_t>(i % width);
-                    const auto y = static_cast<std::int64_t>(i / width);
-                    const std::int64_t radius = settings.flatnessRadius;
-                    mark = literal::countSame(image, x, y, radius, settings.flatnessThreshold) +
-                           literal::countSame(image, x, y, 2 * radius, settings.flatnessThreshold);
-                    anyInRange = true;
-                    nearest = mark >= 11 ? std::min<std::uint32_t>(nearest, depth) : nearest;
-                }
-                ASSERT_EQ(marks[i], mark) << width << " x " << height << ", pixel " << i;
-            }
-            ASSERT_EQ(result.anyInRange, anyInRange) << width << " x " << height;
-            ASSERT_EQ(result.nearest, nearest) << width << " x " << height;
-
             const std::uint16_t cut = random.oneIn(4) ? image.pixels[0] : random.depth();
-            std::vector<std::uint8_t> cutMarks = marks;
-            GetParam().clearBeyondCut(image.data(), cutMarks.size(), cut, cutMarks.data());
-            for (std::size_t i = 0; i < marks.size(); ++i) {
-                ASSERT_EQ(cutMarks[i], image.pixels[i] > cut ? 0 : marks[i]) << "cut " << cut;
-            }
+            compareMarks(*kernels, image, settings, cut);
+            ASSERT_FALSE(HasFailure()) << width << " x " << height;
         }
+    }
+}
+
+TEST_P(DetectionVariants, MarksOfImagesBeyondEveryRadiusEqualTheLiteralAlgorithm) {
+    literal::RandomCases random(7);
+    for (int repeat = 0; repeat < 40; ++repeat) {
+        const std::uint32_t width = 32 + random.below(200);
+        const std::uint32_t height = 40 + random.below(60);
+        literal::Settings settings = random.settings();
+        settings.flatnessRadius = static_cast<std::uint32_t>(repeat % 20);
+        const literal::Image image = random.image(width, height, settings);
+        compareMarks(*kernels, image, settings, random.depth());
+        ASSERT_FALSE(HasFailure()) << width << " x " << height;
     }
 }
 
@@ -66,7 +90,7 @@ TEST_P(DetectionVariants, RunsEqualTheLiteralAlgorithm) {
             const std::vector<std::uint8_t> row = random.maskRow(width);
             const std::vector<literal::Run> expected = literal::runsOfRow(row, 0, settings);
             std::vector<QVR::BlobRun> runs(QVR::mostRuns(width));
-            const std::size_t count = GetParam().findRuns(
+            const std::size_t count = kernels->findRuns(
                 row.data(), width,
                 {settings.minBlobSize, settings.minBlobSpace, settings.allowedBlobNoiseGap},
                 runs.data());
@@ -81,16 +105,51 @@ TEST_P(DetectionVariants, RunsEqualTheLiteralAlgorithm) {
     EXPECT_GT(found, 1000U);
 }
 
+TEST_P(DetectionVariants, RunsOfLongRowsAndLongGapsEqualTheLiteralAlgorithm) {
+    literal::RandomCases random(8);
+    std::size_t found = 0;
+    for (int repeat = 0; repeat < 2000; ++repeat) {
+        literal::Settings settings;
+        settings.minBlobSize = random.below(repeat % 2 == 0 ? 70 : 20);
+        settings.minBlobSpace = random.below(repeat % 2 == 0 ? 70 : 8);
+        settings.allowedBlobNoiseGap = random.below(repeat % 2 == 0 ? 70 : 8);
+        std::vector<std::uint8_t> row;
+        while (row.size() < 400) {
+            row.insert(row.end(), random.below(150), static_cast<std::uint8_t>(random.below(3)));
+            const std::vector<std::uint8_t> part = random.maskRow(1 + random.below(60));
+            row.insert(row.end(), part.begin(), part.end());
+        }
+        row.resize(1 + random.below(400));
+        const auto width = static_cast<std::uint32_t>(row.size());
+        const std::vector<literal::Run> expected = literal::runsOfRow(row, 0, settings);
+        std::vector<QVR::BlobRun> runs(QVR::mostRuns(width));
+        const std::size_t count = kernels->findRuns(
+            row.data(), width,
+            {settings.minBlobSize, settings.minBlobSpace, settings.allowedBlobNoiseGap},
+            runs.data());
+        ASSERT_EQ(count, expected.size()) << "repeat " << repeat;
+        for (std::size_t i = 0; i < count; ++i) {
+            ASSERT_EQ(runs[i].start, expected[i].start) << "repeat " << repeat;
+            ASSERT_EQ(runs[i].end, expected[i].end) << "repeat " << repeat;
+        }
+        found += count;
+    }
+    EXPECT_GT(found, 1000U);
+}
+
 TEST_P(DetectionVariants, CenterSumsEqualTheLiteralAlgorithm) {
     literal::RandomCases random(3);
-    for (std::uint32_t width = 1; width <= mostColumns; ++width) {
+    for (std::uint32_t width = 1; width <= 800; width += width < mostColumns ? 1 : 7) {
         for (int repeat = 0; repeat < 20; ++repeat) {
             const literal::Settings settings = random.settings();
             const literal::Image image = random.image(width, 1, settings);
-            const std::uint32_t first = random.below(width);
-            const std::uint32_t last = first + random.below(width - first);
+            const bool whole = repeat == 0;
+            const std::uint32_t first = whole ? 0 : random.below(width);
+            const std::uint32_t last = whole ? width - 1 : first + random.below(width - first);
             const std::uint32_t y = random.oneIn(4) ? 0xffffffffU : random.below(480);
-            const std::uint16_t cutoff = random.oneIn(3) ? image.pixels[first] : random.depth();
+            const std::uint16_t cutoff = random.oneIn(3)   ? image.pixels[first]
+                                         : random.oneIn(3) ? std::uint16_t{65535}
+                                                           : random.depth();
 
             // Sums start from what earlier rows left.
             QVR::CenterSums sums{1, 2, 3, 4, 65530};
@@ -107,8 +166,8 @@ TEST_P(DetectionVariants, CenterSumsEqualTheLiteralAlgorithm) {
                     expected.count += 1;
                 }
             }
-            GetParam().addRowToCenter(image.data(), first, last, y, cutoff, settings.biasStrength,
-                                      sums);
+            kernels->addRowToCenter(image.data(), first, last, y, cutoff, settings.biasStrength,
+                                    sums);
             ASSERT_EQ(sums.weight, expected.weight);
             ASSERT_EQ(sums.weightedX, expected.weightedX);
             ASSERT_EQ(sums.weightedY, expected.weightedY);
