@@ -53,7 +53,9 @@ struct Avx2 {
 
     static Vector least(Vector a, Vector b) { return _mm256_min_epu16(a, b); }
 
-    static bool everyLane(Lanes where) { return _mm256_movemask_epi8(where) == -1; }
+    static bool everyLane(const Lanes (&where)[2]) {
+        return _mm256_movemask_epi8(_mm256_and_si256(where[0], where[1])) == -1;
+    }
 
     static std::int64_t sumWide(Vector a) {
         const __m128i quarters =
@@ -65,6 +67,7 @@ struct Avx2 {
     static void storeMarks(const Vector (&counts)[2], std::uint8_t* marks) {
         storeBytes(inOrder(_mm256_packus_epi16(counts[0], counts[1])), marks);
     }
+    static void storeNoMarks(std::uint8_t* marks) { storeBytes(_mm256_setzero_si256(), marks); }
     static bool anyMark(const std::uint8_t* marks) {
         const Vector bytes = loadBytes(marks);
         return _mm256_testz_si256(bytes, bytes) == 0;

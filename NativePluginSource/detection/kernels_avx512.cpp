@@ -41,7 +41,7 @@ struct Avx512 {
     static Lanes lessThan(Vector small, Vector limit) {
         return _mm512_cmplt_epu16_mask(small, limit);
     }
-    static bool everyLane(Lanes where) { return where == 0xffffffff; }
+    static bool everyLane(const Lanes (&where)[1]) { return where[0] == 0xffffffff; }
     static Vector oneLessWhere(Vector a, Lanes where) {
         return _mm512_mask_add_epi16(a, where, a, all(-1));
     }
@@ -59,6 +59,7 @@ struct Avx512 {
     static void storeMarks(const Vector (&counts)[1], std::uint8_t* marks) {
         storeBytes(_mm512_cvtepi16_epi8(counts[0]), marks);
     }
+    static void storeNoMarks(std::uint8_t* marks) { storeBytes(_mm256_setzero_si256(), marks); }
     static bool anyMark(const std::uint8_t* marks) {
         const __m256i bytes = loadBytes(marks);
         return _mm256_testz_si256(bytes, bytes) == 0;

@@ -54,7 +54,11 @@ struct Sse {
     // There is no unsigned minimum, but what is left of a - b where a is larger.
     static Vector least(Vector a, Vector b) { return _mm_sub_epi16(a, _mm_subs_epu16(a, b)); }
 
-    static bool everyLane(Lanes where) { return _mm_movemask_epi8(where) == 0xffff; }
+    static bool everyLane(const Lanes (&where)[4]) {
+        const Lanes all =
+            _mm_and_si128(_mm_and_si128(where[0], where[1]), _mm_and_si128(where[2], where[3]));
+        return _mm_movemask_epi8(all) == 0xffff;
+    }
 
     static std::int64_t sumWide(Vector a) {
         const Vector halves = _mm_add_epi32(a, _mm_shuffle_epi32(a, 0x4e));
@@ -64,6 +68,10 @@ struct Sse {
     static void storeMarks(const Vector (&counts)[4], std::uint8_t* marks) {
         storeBytes(_mm_packus_epi16(counts[0], counts[1]), marks);
         storeBytes(_mm_packus_epi16(counts[2], counts[3]), marks + 16);
+    }
+    static void storeNoMarks(std::uint8_t* marks) {
+        storeBytes(_mm_setzero_si128(), marks);
+        storeBytes(_mm_setzero_si128(), marks + 16);
     }
     static bool anyMark(const std::uint8_t* marks) {
         const Vector both = _mm_or_si128(loadBytes(marks), loadBytes(marks + 16));

@@ -127,32 +127,40 @@ class BlockMarker {
           difference_(Form::all(static_cast<std::uint16_t>(settings.threshold - 1))),
           nearest_(Form::all(static_cast<std::uint16_t>(noFlatPixel))) {}
 
-    void mark(const BlockRows& rows, std::uint8_t* marks) {
-        Vector centers[vectors];
-        Lanes ignored[vectors];
-        bool allIgnored = true;
-        for (std::size_t i = 0; i < vectors; ++i) {
-            centers[i] = Form::load(rows.middle + i * Form::lanes);
-            ignored[i] = Form::outside(range_, centers[i]);
-            allIgnored = allIgnored && Form::everyLane(ignored[i]);
-        }
-        Vector counts[vectors];
-        if (allIgnored) {
-            for (Vector& count : counts) {
-                count = Form::all(0);
+    // Marks so many blocks side by side. What they share is held in local variables, for the
+    // compiler must take every written mark for a change of any member.
+    void mark(const BlockRows rows, std::uint32_t blocks, std::uint8_t* marks) {
+        const typename Form::Interval range = range_;
+        const Vector difference = difference_;
+        const auto radius = static_cast<std::ptrdiff_t>(radius_);
+        Vector nearest = nearest_;
+        bool anyInRange = anyInRange_;
+        const std::ptrdiff_t end = std::ptrdiff_t{blocks} * blockColumns;
+        for (std::ptrdiff_t x = 0; x < end; x += blockColumns) {
+            Vector centers[vectors];
+            Lanes ignored[vectors];
+            for (std::ptrdiff_t i = 0; i < vectors; ++i) {
+                centers[i] = Form::load(rows.middle + x + i * Form::lanes);
+                ignored[i] = Form::outside(range, centers[i]);
             }
-            Form::storeMarks(counts, marks);
-            return;
+            if (Form::everyLane(ignored)) {
+                Form::storeNoMarks(marks + x);
+                continue;
+            }
+            anyInRange = true;
+            Vector counts[vectors];
+            for (std::ptrdiff_t i = 0; i < vectors; ++i) {
+                const typename Form::Interval same(Form::subtractHeld(centers[i], difference),
+                                                   Form::addHeld(centers[i], difference));
+                counts[i] = Form::clearWhere(countWithin(same, rows, x + i * Form::lanes, radius),
+                                             ignored[i]);
+                const Lanes notFlat = Form::lessThan(counts[i], Form::all(flatMark));
+                nearest = Form::least(nearest, Form::fillWhere(centers[i], notFlat));
+            }
+            Form::storeMarks(counts, marks + x);
         }
-        anyInRange_ = true;
-        for (std::size_t i = 0; i < vectors; ++i) {
-            const Vector count =
-                Form::clearWhere(countSame(centers[i], rows, i * Form::lanes), ignored[i]);
-            const Lanes notFlat = Form::lessThan(count, Form::all(flatMark));
-            nearest_ = Form::least(nearest_, Form::fillWhere(centers[i], notFlat));
-            counts[i] = count;
-        }
-        Form::storeMarks(counts, marks);
+        nearest_ = nearest;
+        anyInRange_ = anyInRange;
     }
 
     FlatnessResult result() const {
@@ -166,12 +174,10 @@ class BlockMarker {
     }
 
   private:
-    static constexpr std::size_t vectors = blockColumns / Form::lanes;
+    static constexpr std::ptrdiff_t vectors = blockColumns / Form::lanes;
 
-    Vector countSame(Vector center, const BlockRows& rows, std::size_t offset) const {
-        const typename Form::Interval same(Form::subtractHeld(center, difference_),
-                                           Form::addHeld(center, difference_));
-        const auto inner = static_cast<std::ptrdiff_t>(radius_);
+    static Vector countWithin(const typename Form::Interval& same, const BlockRows& rows,
+                              std::ptrdiff_t x, std::ptrdiff_t inner) {
         const std::ptrdiff_t outer = 2 * inner;
         Vector count = Form::all(16);
         const auto test = [&count, &same](const std::uint16_t* neighbours) {
@@ -182,14 +188,14 @@ class BlockMarker {
             test(row);
             test(row + distance);
         };
-        testThree(rows.above2 + offset, outer);
-        testThree(rows.above + offset, inner);
-        test(rows.middle + offset - outer);
-        test(rows.middle + offset - inner);
-        test(rows.middle + offset + inner);
-        test(rows.middle + offset + outer);
-        testThree(rows.below + offset, inner);
-        testThree(rows.below2 + offset, outer);
+        testThree(rows.above2 + x, outer);
+        testThree(rows.above + x, inner);
+        test(rows.middle + x - outer);
+        test(rows.middle + x - inner);
+        test(rows.middle + x + inner);
+        test(rows.middle + x + outer);
+        testThree(rows.below + x, inner);
+        testThree(rows.below2 + x, outer);
         return count;
     }
 
@@ -215,6 +221,9 @@ FlatnessResult markFlatBlocks(const DepthView& image, const FlatnessSettings& se
     }
     const std::uint32_t radius = settings.radius;
     const std::uint32_t width = image.width;
+    // Blocks after the first whose neighbours all lie in the image.
+    const std::uint32_t innerBlocks =
+        width > 2 * blockColumns + 2 * radius ? (width - 2 * radius) / blockColumns - 1 : 0;
     Strips<Form> strips(image, radius, stripRoom);
     BlockMarker<Form> marker(settings);
     for (std::uint32_t y = 0; y < image.height; ++y) {
@@ -228,22 +237,18 @@ FlatnessResult markFlatBlocks(const DepthView& image, const FlatnessSettings& se
 
         marker.mark({strips.left(above2), strips.left(above), strips.left(y), strips.left(below),
                      strips.left(below2)},
-                    maskRow);
-        const auto inImage = [&image](std::uint32_t row, std::uint32_t column) {
-            return image.pixels + std::size_t{row} * image.width + column;
+                    1, maskRow);
+        const auto inImage = [&image](std::uint32_t row) {
+            return image.pixels + std::size_t{row} * image.width + blockColumns;
         };
-        std::uint32_t x = blockColumns;
-        for (; x + blockColumns + 2 * radius <= width; x += blockColumns) {
-            marker.mark({inImage(above2, x), inImage(above, x), inImage(y, x), inImage(below, x),
-                         inImage(below2, x)},
-                        maskRow + x);
-        }
-        for (; x < width; x += blockColumns) {
+        marker.mark({inImage(above2), inImage(above), inImage(y), inImage(below), inImage(below2)},
+                    innerBlocks, maskRow + blockColumns);
+        for (std::uint32_t x = (1 + innerBlocks) * blockColumns; x < width; x += blockColumns) {
             const std::uint32_t column = x < width - blockColumns ? x : width - blockColumns;
             marker.mark({strips.right(above2, column), strips.right(above, column),
                          strips.right(y, column), strips.right(below, column),
                          strips.right(below2, column)},
-                        maskRow + column);
+                        1, maskRow + column);
         }
     }
     return marker.result();
