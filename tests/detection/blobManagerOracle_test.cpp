@@ -1,11 +1,17 @@
 // Whole frames through the blob manager, bit for bit against the literal algorithm.
 #include "detectionComparison.h"
+#include "detectionVariants.h"
 #include "randomImages.h"
 #include "support/LogCapture.h"
 
 #include <gtest/gtest.h>
 
 namespace {
+
+using BlobManagerOracle = literal::EveryForm;
+
+INSTANTIATE_TEST_SUITE_P(All, BlobManagerOracle, ::testing::ValuesIn(literal::kernelNames),
+                         literal::formName);
 
 struct Found {
     std::size_t marked = 0;
@@ -23,7 +29,7 @@ void count(const literal::Detection& detection, Found& found) {
     }
 }
 
-TEST(BlobManagerOracle, SequencesOfFramesEqualTheLiteralAlgorithm) {
+TEST_P(BlobManagerOracle, SequencesOfFramesEqualTheLiteralAlgorithm) {
     const support::LogCapture quiet;
     literal::RandomCases random(4);
     Found found;
@@ -52,7 +58,7 @@ TEST(BlobManagerOracle, SequencesOfFramesEqualTheLiteralAlgorithm) {
     EXPECT_GT(found.centers, 500U);
 }
 
-TEST(BlobManagerOracle, MasksOfAnyShapeEqualTheLiteralAlgorithm) {
+TEST_P(BlobManagerOracle, MasksOfAnyShapeEqualTheLiteralAlgorithm) {
     const support::LogCapture quiet;
     literal::RandomCases random(5);
     Found found;
@@ -81,7 +87,7 @@ TEST(BlobManagerOracle, MasksOfAnyShapeEqualTheLiteralAlgorithm) {
     EXPECT_GT(found.centers, 1000U);
 }
 
-TEST(BlobManagerOracle, FullSizeFramesEqualTheLiteralAlgorithm) {
+TEST_P(BlobManagerOracle, FullSizeFramesEqualTheLiteralAlgorithm) {
     const support::LogCapture quiet;
     literal::RandomCases random(6);
     QVR::blobManager product;

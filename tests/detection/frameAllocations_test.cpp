@@ -3,13 +3,19 @@
 #include "detection/ImageDownsampler.h"
 #include "detection/blobManager.h"
 #include "detection/touchManager.h"
+#include "detectionVariants.h"
 #include "literalDetection.h"
 
 #include <gtest/gtest.h>
 
 namespace {
 
-TEST(FrameAllocations, FrameAllocatesNothing) {
+using FrameAllocations = literal::EveryForm;
+
+INSTANTIATE_TEST_SUITE_P(All, FrameAllocations, ::testing::ValuesIn(literal::kernelNames),
+                         literal::formName);
+
+TEST_P(FrameAllocations, FrameAllocatesNothing) {
     literal::Image image(640, 480, 2400);
     for (std::uint32_t y = 100; y < 200; ++y) {
         for (std::uint32_t x = 300; x < 330; ++x) {

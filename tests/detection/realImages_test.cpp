@@ -1,6 +1,7 @@
 // Detection on depth images of a real hand, where a folder of them is at hand.
 #include "depthPng.h"
 #include "detectionComparison.h"
+#include "detectionVariants.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -13,9 +14,13 @@ namespace {
 
 const std::filesystem::path folder = QVR_REAL_IMAGES;
 
-class RealImages : public ::testing::Test {
+class RealImages : public literal::EveryForm {
   protected:
     void SetUp() override {
+        EveryForm::SetUp();
+        if (IsSkipped()) {
+            return;
+        }
         std::vector<std::string> paths;
         std::error_code error;
         for (const auto& entry : std::filesystem::directory_iterator(folder, error)) {
@@ -58,6 +63,9 @@ class RealImages : public ::testing::Test {
     std::vector<literal::Image> images;
 };
 
+INSTANTIATE_TEST_SUITE_P(All, RealImages, ::testing::ValuesIn(literal::kernelNames),
+                         literal::formName);
+
 literal::Settings handSettings() {
     literal::Settings settings;
     settings.nearNoiseCutoff = 3600;
@@ -73,12 +81,12 @@ literal::Settings handSettings() {
     return settings;
 }
 
-TEST_F(RealImages, HandEqualsTheLiteralAlgorithm) {
+TEST_P(RealImages, HandEqualsTheLiteralAlgorithm) {
     // Most of the five stretched fingers of eight images come out as blobs of their own.
     EXPECT_GE(compareSequence(handSettings()), 24U);
 }
 
-TEST_F(RealImages, WholeSceneEqualsTheLiteralAlgorithm) {
+TEST_P(RealImages, WholeSceneEqualsTheLiteralAlgorithm) {
     literal::Settings settings;
     settings.nearNoiseCutoff = 560;
     settings.farLimit = 12000;
@@ -90,7 +98,7 @@ TEST_F(RealImages, WholeSceneEqualsTheLiteralAlgorithm) {
     EXPECT_GT(compareSequence(settings), 0U);
 }
 
-TEST_F(RealImages, DefaultsEqualTheLiteralAlgorithm) {
+TEST_P(RealImages, DefaultsEqualTheLiteralAlgorithm) {
     compareSequence(literal::Settings());
 }
 
