@@ -1,5 +1,5 @@
-// The groups of cases in this program. A case's label names the case that is its limit: the
-// report divides the one by the other.
+// The groups of cases in this program. A case's label names the case that is its limit, "-" for
+// none, and after a blank the slower form that it replaces: the report divides by both.
 #pragma once
 
 namespace bench {

@@ -2,7 +2,7 @@
 """Runs the benchmarks and prints a Markdown table of medians as ratios to their limits.
 
 Repetitions of all cases are interleaved at random, so that a machine that slows down for a while
-slows all of them. A case's label names the case that is its limit.
+slows all of them. A case's label names the case that is its limit, then the one it replaces.
 """
 
 import argparse
@@ -57,8 +57,8 @@ def processor():
 
 
 def collect(entries):
-    """Times in microseconds of each case's repetitions, and the name of its limit."""
-    times, limits = {}, {}
+    """Times in microseconds of each case's repetitions; the names of limits and replaced cases."""
+    times, limits, replaced = {}, {}, {}
     for entry in entries:
         name = entry["run_name"]
         if entry.get("error_occurred"):
@@ -68,9 +68,12 @@ def collect(entries):
         clock = "real_time" if name.endswith("/real_time") else "cpu_time"
         name = name.removesuffix("/real_time")
         times.setdefault(name, []).append(entry[clock] * MICROSECONDS[entry["time_unit"]])
-        if entry.get("label"):
-            limits[name] = entry["label"]
-    return times, limits
+        limit, _, slower = entry.get("label", "").partition(" ")
+        if limit.strip("-"):
+            limits[name] = limit
+        if slower:
+            replaced[name] = slower
+    return times, limits, replaced
 
 
 def spread(samples):
@@ -81,19 +84,21 @@ def spread(samples):
     return (upper - lower) / statistics.median(samples)
 
 
-def table(times, limits):
+def table(times, limits, replaced):
     medians = {name: statistics.median(samples) for name, samples in times.items()}
     lines = [
-        "| case | median | spread | limit | times the limit |",
-        "|---|---:|---:|---|---:|",
+        "| case | median | spread | limit | times the limit | replaces | times faster |",
+        "|---|---:|---:|---|---:|---|---:|",
     ]
     # Each limit is followed by the cases it belongs to.
     for name in sorted(medians, key=lambda case: (limits.get(case, case), case in limits, case)):
         median = medians[name]
         limit = limits.get(name, "")
         ratio = f"{median / medians[limit]:.2f}" if limit in medians else ""
-        lines.append(
-            f"| {name} | {median:.1f} us | {spread(times[name]):.0%} | {limit} | {ratio} |")
+        slower = replaced.get(name, "")
+        factor = f"{medians[slower] / median:.2f}" if slower in medians else ""
+        lines.append(f"| {name} | {median:.1f} us | {spread(times[name]):.0%} "
+                     f"| {limit} | {ratio} | {slower} | {factor} |")
     return "\n".join(lines)
 
 
@@ -104,7 +109,7 @@ def main():
     raw = arguments.json or arguments.program.with_name("qvr-bench.json")
     results = run(arguments, raw)
     context = results["context"]
-    times, limits = collect(results["benchmarks"])
+    times, limits, replaced = collect(results["benchmarks"])
     print(f"- date: {datetime.date.today().isoformat()}")
     print(f"- machine: {processor()}, {context['num_cpus']} processors")
     print(f"- compiler: {context.get('compiler', 'unknown')}")
@@ -113,7 +118,7 @@ def main():
     print(f"- median of {arguments.repetitions} interleaved repetitions of at least "
           f"{arguments.min_time} s; spread is the middle half's width")
     print()
-    print(table(times, limits))
+    print(table(times, limits, replaced))
 
 
 if __name__ == "__main__":
