@@ -32,6 +32,7 @@ struct DetectionKernels {
 
 // What vector forms may ask of an image to take it themselves.
 constexpr std::uint32_t blockColumns = 32;    // columns of one step; no image is narrower
+constexpr std::uint32_t wordColumns = 64;     // columns of one step along a mask row
 constexpr std::uint32_t mostStripRadius = 16; // largest flatness radius
 constexpr std::size_t stripColumns = 128;
 constexpr std::size_t stripPixels = (4 * mostStripRadius + 1) * 2 * stripColumns;

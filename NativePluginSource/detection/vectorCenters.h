@@ -16,8 +16,6 @@
 namespace QVR {
 namespace {
 
-constexpr std::uint32_t chunkPixels = 256;
-
 struct ChunkSums {
     std::uint64_t excess;        // sum of e
     std::uint64_t excessColumns; // sum of e times the column of the chunk
@@ -73,6 +71,7 @@ template <class Form>
 void addChunksToCenter(const unsigned short* depthRow, std::uint32_t first, std::uint32_t last,
                        std::uint32_t y, std::uint16_t cutoff, std::uint32_t bias,
                        CenterSums& sums) {
+    constexpr std::uint32_t chunkPixels = 256;
     std::uint64_t x = first;
     const std::uint64_t end = std::uint64_t{last} + 1;
     while (x + Form::lanes <= end) {

@@ -19,11 +19,6 @@
 namespace QVR {
 namespace {
 
-constexpr std::uint32_t wordColumns = 64;
-
-// Runs that may come every few pixels cost more here than in the plain form.
-constexpr std::uint32_t shortestPeriod = 10;
-
 inline std::uint32_t lowestBit(std::uint64_t bits) {
     return static_cast<std::uint32_t>(__builtin_ctzll(bits));
 }
@@ -58,6 +53,8 @@ template <class Form>
 std::size_t findRunsInBits(const std::uint8_t* maskRow, std::uint32_t width,
                            const RunSettings& settings, BlobRun* runs) {
     constexpr std::uint32_t most = wordColumns - 1;
+    // Runs that may come every few pixels cost more here than in the plain form.
+    constexpr std::uint32_t shortestPeriod = 10;
     const std::uint32_t gap = settings.allowedBlobNoiseGap > 1 ? settings.allowedBlobNoiseGap : 1;
     if (width < wordColumns || settings.minBlobSize >= most || settings.minBlobSpace > most ||
         gap > most || settings.minBlobSize + 1 + gap < shortestPeriod) {
