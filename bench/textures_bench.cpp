@@ -1,6 +1,6 @@
 // Conversion of received images for the host, beside memcpy of the bytes that come out.
 #include "cases.h"
-#include "client/textureConversion.h"
+#include "foundation/textureConversion.h"
 
 #include <cstring>
 #include <string>

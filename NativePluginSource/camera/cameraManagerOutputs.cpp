@@ -5,23 +5,13 @@
 #include "camera/hardwareCamera.h"
 #include "detection/blobManager.h"
 #include "detection/touchManager.h"
+#include "foundation/textureConversion.h"
 
 #include <algorithm>
 
 namespace QVR {
 
 namespace {
-
-constexpr unsigned char opaque = 255;
-
-unsigned char* writePixel(unsigned char* texel, unsigned char red, unsigned char green,
-                          unsigned char blue) {
-    texel[0] = red;
-    texel[1] = green;
-    texel[2] = blue;
-    texel[3] = opaque;
-    return texel + 4;
-}
 
 // The host's texture has the resolution's pixels, and a buffer whose sizes were not reset since the
 // resolution changed may have fewer: neither is passed.
@@ -45,40 +35,24 @@ std::string readoutLine(const char* label, unsigned int value) {
 } // namespace
 
 void cameraManager::updateColorTexture() {
-    unsigned char* texel = colorTexture;
-    if (texel == nullptr) {
-        return;
-    }
-    const std::size_t count =
-        texelCount(std::uint64_t{colorResX} * colorResY, colorBuffer.size() / 3);
-    for (std::size_t i = 0; i < 3 * count; i += 3) {
-        texel = writePixel(texel, colorBuffer[i], colorBuffer[i + 1], colorBuffer[i + 2]);
+    if (colorTexture != nullptr) {
+        const std::uint64_t pixels = std::uint64_t{colorResX} * colorResY;
+        colorToRgba(colorBuffer, texelCount(pixels, colorBuffer.size() / 3), colorTexture);
     }
 }
 
 void cameraManager::updateDepthTexture() {
-    unsigned char* texel = depthTexture;
-    if (texel == nullptr) {
-        return;
-    }
-    const std::size_t count = texelCount(depthPixelCount, depthBuffer.size());
-    for (std::size_t i = 0; i < count; ++i) {
-        const std::uint16_t sample = depthBuffer[i];
-        texel = writePixel(texel, static_cast<unsigned char>(sample & 0xFF),
-                           static_cast<unsigned char>(sample >> 8), 0);
+    if (depthTexture != nullptr) {
+        depthToRgba(depthBuffer, texelCount(depthPixelCount, depthBuffer.size()), depthTexture);
     }
 }
 
 void cameraManager::updateProcessedTexture() {
-    unsigned char* texel = processedTexture;
-    if (texel == nullptr) {
+    if (processedTexture == nullptr) {
         return;
     }
     const std::size_t count = texelCount(depthPixelCount, processedBuffer.size());
-    for (std::size_t i = 0; i < count; ++i) {
-        const std::uint8_t value = processedBuffer[i];
-        texel = writePixel(texel, value, value, value);
-    }
+    maskToRgba(processedBuffer, count, processedTexture);
     if (processedTextureDebug) {
         const std::vector<std::uint8_t>& marks = blobs->mask;
         for (std::size_t i = 0; i < std::min(marks.size(), count); ++i) {

@@ -1,8 +1,8 @@
 // The latest images, written into the host's texture buffers.
 #include "calibration/calibrationManager.h"
 #include "client/ClientManager.h"
-#include "client/textureConversion.h"
 #include "detection/ImageDownsampler.h"
+#include "foundation/textureConversion.h"
 
 #include <cstring>
 #include <span>

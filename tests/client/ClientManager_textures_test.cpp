@@ -1,7 +1,6 @@
 // Images as the host's textures.
 #include "client/ClientFixture.h"
 #include "client/ClientManager.h"
-#include "client/textureConversion.h"
 
 #include <string>
 #include <vector>
@@ -178,45 +177,6 @@ TEST_F(ClientManagerTextures, ProcessedIsTakenAsOneByteAPixelWhateverTheHeaderSa
                                 "bbb\xFF"
                                 "ccc\xFF"
                                 "ddd\xFF"));
-}
-
-TEST(TextureConversion, FillsWhatAMaskLacks) {
-    const unsigned char mask[] = {7};
-    std::string texture(8, '-');
-    QVR::maskToRgba(mask, 2, reinterpret_cast<unsigned char*>(texture.data()));
-    EXPECT_EQ(texture, std::string("\7\7\7\xFF\0\0\0\xFF", 8));
-}
-
-TEST(TextureConversion, WritesNothingForNoPixels) {
-    const unsigned char samples[] = {1, 2, 3};
-    const unsigned short depth[] = {1};
-    unsigned char texture = 9;
-    QVR::colorToRgba(samples, 0, &texture);
-    QVR::maskToRgba(samples, 0, &texture);
-    QVR::depthToRgba(depth, 0, &texture);
-    EXPECT_EQ(texture, 9);
-}
-
-TEST(TextureConversion, KeepsEveryPixelOfImagesOfAllSmallSizes) {
-    for (std::size_t pixels = 1; pixels <= 70; ++pixels) {
-        std::vector<unsigned char> rgb(3 * pixels);
-        for (std::size_t index = 0; index < rgb.size(); ++index) {
-            rgb[index] = static_cast<unsigned char>(index * 7 + 1);
-        }
-        for (std::size_t known = 0; known <= rgb.size(); ++known) {
-            const std::vector<unsigned char> samples(rgb.begin(),
-                                                     rgb.begin() + static_cast<long>(known));
-            std::vector<unsigned char> texture(4 * pixels, 9);
-            QVR::colorToRgba(samples, pixels, texture.data());
-            for (std::size_t pixel = 0; pixel < pixels; ++pixel) {
-                for (std::size_t channel = 0; channel < 3; ++channel) {
-                    const std::size_t index = 3 * pixel + channel;
-                    ASSERT_EQ(texture[4 * pixel + channel], index < known ? rgb[index] : 0);
-                }
-                ASSERT_EQ(texture[4 * pixel + 3], 255);
-            }
-        }
-    }
 }
 
 } // namespace

@@ -1,7 +1,8 @@
-// Received images as the four-channel textures that a host shows.
+// Images as the four-channel textures that a host shows.
 //
-// Each function writes 4 bytes for each of `pixels` pixels to `rgba` and never reads past the
-// samples it is given: where they end early, the missing ones count as 0.
+// Each function writes 4 bytes for each of `pixels` pixels to `rgba`, which must not overlap the
+// samples, and never reads past the samples it is given: where they end early, the missing ones
+// count as 0. The work is done by the texture form in use; see textureForms.h.
 #pragma once
 
 #include <cstddef>
