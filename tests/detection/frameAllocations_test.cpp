@@ -1,10 +1,10 @@
 // A frame through detection and tracking allocates nothing once everything is sized.
-#include "countedAllocations.h"
 #include "detection/ImageDownsampler.h"
 #include "detection/blobManager.h"
 #include "detection/touchManager.h"
 #include "detectionVariants.h"
 #include "literalDetection.h"
+#include "support/countedAllocations.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 // Apart from the tests, for the compiler must not look into both ends of an allocation at once:
 // it takes the pair of operator new and free for a mistake.
-#include "countedAllocations.h"
+#include "support/countedAllocations.h"
 
 #include <atomic>
 #include <cstdlib>
