@@ -33,6 +33,7 @@ bool same(const QVR::ProtocolHeader& a, const QVR::ProtocolHeader& b) {
 Broadcaster::Broadcaster(asio::io_context& context, const BroadcasterSettings& settings,
                          Report report)
     : context_(context), settings_(settings), report_(std::move(report)),
+      publications_(std::make_shared<HandlerMemory>(pooledFrames)),
       acceptor_(context, settings.endpoint), timer_(context), acceptPause_(context) {}
 
 std::chrono::nanoseconds Broadcaster::cameraSilence(std::chrono::milliseconds cameraTimeout,
@@ -52,13 +53,13 @@ void Broadcaster::announce(const QVR::ProtocolHeader& header,
 }
 
 void Broadcaster::publish(FrameRef frame) {
-    asio::post(context_, [this, frame = std::move(frame)]() mutable {
-        feed_.frame = std::move(frame);
-        cameraLost_ = false;
-        idleFrame_.reset();
-        lastFrame_ = Clock::now();
-        distribute();
-    });
+    asio::post(context_, KeptHandler(publications_, [this, frame = std::move(frame)]() mutable {
+                   feed_.frame = std::move(frame);
+                   cameraLost_ = false;
+                   idleFrame_.reset();
+                   lastFrame_ = Clock::now();
+                   distribute();
+               }));
 }
 
 void Broadcaster::cameraLost() {

@@ -5,6 +5,7 @@
 #include "Connection.h"
 #include "FrameLayout.h"
 #include "FramePool.h"
+#include "HandlerMemory.h"
 
 #include <atomic>
 #include <chrono>
@@ -96,6 +97,7 @@ class Broadcaster {
     boost::asio::io_context& context_;
     BroadcasterSettings settings_;
     Report report_;
+    std::shared_ptr<HandlerMemory> publications_; // every pooled frame may be on its way
     boost::asio::ip::tcp::acceptor acceptor_;
     boost::asio::steady_timer timer_;
     boost::asio::steady_timer acceptPause_;

@@ -116,15 +116,16 @@ Connection::Clock::duration Connection::stalledFor(Clock::time_point now) const 
 
 void Connection::waitUntilWritable() {
     waiting_ = true;
-    socket_.async_wait(Socket::wait_write, [self = shared_from_this()](const error_code& error) {
-        self->waiting_ = false;
-        if (self->closed_)
-            return;
-        if (error)
-            self->fail();
-        else
-            self->pump();
-    });
+    socket_.async_wait(Socket::wait_write, KeptHandler(writeWait_, [self = shared_from_this()](
+                                                                       const error_code& error) {
+                           self->waiting_ = false;
+                           if (self->closed_)
+                               return;
+                           if (error)
+                               self->fail();
+                           else
+                               self->pump();
+                       }));
 }
 
 // Clients have nothing to say; reading is how their leaving is noticed at once.

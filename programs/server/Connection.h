@@ -2,6 +2,7 @@
 #pragma once
 
 #include "FramePool.h"
+#include "HandlerMemory.h"
 #include "serverClient/frameProtocol.h"
 
 #include <array>
@@ -65,6 +66,7 @@ class Connection : public std::enable_shared_from_this<Connection> {
     void watchForClosing();
     void fail();
 
+    std::shared_ptr<HandlerMemory> writeWait_ = std::make_shared<HandlerMemory>(1);
     Socket socket_;
     const FrameFeed& feed_;
     GoneHandler gone_;
