@@ -6,6 +6,8 @@ namespace bench {
 
 void registerDetection();
 void registerTextures();
+void registerTextureForms();
+void registerFrameCopies();
 void registerIntake();
 void registerCalibration();
 

@@ -5,6 +5,8 @@
 int main(int argc, char** argv) {
     bench::registerDetection();
     bench::registerTextures();
+    bench::registerTextureForms();
+    bench::registerFrameCopies();
     bench::registerIntake();
     bench::registerCalibration();
     benchmark::AddCustomContext("compiler", QVR_BENCH_COMPILER);
