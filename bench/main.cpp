@@ -4,11 +4,20 @@
 
 int main(int argc, char** argv) {
     bench::registerDetection();
+    bench::registerDetectionGrowth();
     bench::registerTextures();
     bench::registerTextureForms();
     bench::registerFrameCopies();
     bench::registerIntake();
+    bench::registerClients();
     bench::registerCalibration();
+    bench::registerCalibrationGrowth();
+#if QVR_BENCH_OPENCV
+    bench::registerOpenCv();
+#endif
+#if QVR_BENCH_LIBYUV
+    bench::registerLibyuv();
+#endif
     benchmark::AddCustomContext("compiler", QVR_BENCH_COMPILER);
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
