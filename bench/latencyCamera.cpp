@@ -117,9 +117,10 @@ std::optional<FrameMatcher::Time> FrameMatcher::startOf(const TouchValues& value
 
 using namespace bench;
 
-void rs_start_device(rs_device* device, rs_error** error) {
-    static const auto start = libraryFunction<void (*)(rs_device*, rs_error**)>("rs_start_device");
-    start(device, error);
+void rs_start_source(rs_device* device, rs_source source, rs_error** error) {
+    static const auto start =
+        libraryFunction<void (*)(rs_device*, rs_source, rs_error**)>("rs_start_source");
+    start(device, source, error);
     if (*error == nullptr) {
         record(device);
     }
