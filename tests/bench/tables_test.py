@@ -1,0 +1,98 @@
+"""Usage: tables_test.py BENCH_FOLDER"""
+
+import sys
+import unittest
+
+sys.path.insert(0, sys.argv.pop(1))
+import tables
+
+
+def case(median, limit=None, spread=0.0, replaces=None):
+    return {"median": median, "spread": spread, "limit": limit, "replaces": replaces}
+
+
+def run(cases, **more):
+    return {"about": {"date": "today"}, "cases": cases, **more}
+
+
+class Tables(unittest.TestCase):
+    def rows(self, text):
+        return text.splitlines()[2:]
+
+    def test_aligns_numbers_right_and_marked_columns_left(self):
+        self.assertEqual(tables.table(["a", "b", "'c"], [["1", "2", "3"]]),
+                         "| a | b | c |\n|---|---:|---|\n| 1 | 2 | 3 |")
+
+    def test_lists_each_limit_before_the_cases_that_it_belongs_to(self):
+        text = tables.steps_beside_limits(run({
+            "z": case(1.0), "a": case(4.0, "z", 0.25), "b": case(2.0, "z", replaces="a")}))
+        self.assertEqual(self.rows(text), [
+            "| z | 1.0 us | 0% |  |  |  |  |",
+            "| a | 4.0 us | 25% | z | 4.00 |  |  |",
+            "| b | 2.0 us | 0% | z | 2.00 | a | 2.00 |"])
+
+    def test_keeps_cases_with_tables_of_their_own_out_of_the_list(self):
+        text = tables.steps_beside_limits(run({
+            "size/processFrame/320x240/dense": case(1.0), "blobs/1/detectFrame": case(1.0),
+            "grid/2/nearbyPoints": case(1.0), "clients/1/touches": case(1.0),
+            "instead:opencv/a": case(1.0)}))
+        self.assertEqual(self.rows(text), [])
+
+    def test_puts_what_others_do_beside_ours(self):
+        text = tables.instead(run({"a/b": case(2.0), "instead:opencv/a/b": case(5.0),
+                                   "instead:opencv/not/ours": case(1.0)}))
+        self.assertEqual(self.rows(text), ["| a/b | 2.0 us | OpenCV | 5.0 us | 2.50 |"])
+
+    def test_shows_costs_a_pixel_over_the_size(self):
+        text = tables.image_sizes(run({"size/detectFrame/320x240/dense": case(153.6),
+                                       "memoryPass/320x240": case(1.0)}))
+        self.assertEqual(self.rows(text),
+                         ["| 320x240, dense |  |  | 153.6 us | 2.00 | 153.60 |"])
+
+    def test_orders_counts_as_numbers(self):
+        text = tables.fingertips(run({f"blobs/{count}/detectFrame": case(1.0)
+                                      for count in (10, 2, 0)}))
+        self.assertEqual([row.split()[1] for row in self.rows(text)], ["0", "2", "10"])
+
+    def test_divides_by_the_number_of_clients(self):
+        text = tables.clients(run({"clients/4/touches": case(40.0)}))
+        self.assertEqual(self.rows(text), ["| 4 | 40.0 us | 10.0 us |  |  |"])
+
+    def test_divides_by_the_smallest_grid(self):
+        text = tables.grids(run({"grid/2/nearbyPoints": case(10.0),
+                                 "grid/64/nearbyPoints": case(15.0)}))
+        self.assertEqual(self.rows(text)[1], "| 64 x 64 x 64 | 15.0 ns | 1.50 |  |  |")
+
+    def test_says_whether_a_goal_is_met(self):
+        cases = {"bareParse/64x48x16": case(10.0),
+                 "importGrid/64x48x16": case(16.0, "bareParse/64x48x16"),
+                 "detectFrame/640x480/dense": case(1.0),
+                 "instead:opencv/detectFrame/640x480/dense": case(5.0),
+                 "processFrame/640x480/dense/scalar": case(17.0),
+                 "processFrame/640x480/dense/avx2":
+                     case(1.0, replaces="processFrame/640x480/dense/scalar")}
+        self.assertEqual(self.rows(tables.goal_table(run(cases))), [
+            "| processFrame/640x480/dense/scalar over processFrame/640x480/dense/avx2 | 17.00 "
+            "| at least 18 | no |",
+            "| importGrid/64x48x16 over bareParse/64x48x16 | 1.60 | at most 1.5 | no |",
+            "| instead:opencv/detectFrame/640x480/dense over ours | 5.00 | at least 5 | yes |"])
+
+    def test_leaves_out_sections_without_rows(self):
+        text = tables.markdown(run({"a": case(1.0)}))
+        self.assertEqual([line for line in text.splitlines() if line.startswith("#")],
+                         ["### Steps beside their limits"])
+        self.assertTrue(text.startswith("- date: today\n"))
+
+    def test_marks_changes_within_the_noise(self):
+        before = run({"a": case(1.0), "b": case(1.0), "c": case(1.0, spread=0.3),
+                      "gone": case(1.0)})
+        after = run({"a": case(1.2), "b": case(0.8), "c": case(1.25), "new": case(1.0)})
+        text = tables.comparison(before, after)
+        self.assertIn("| c | 1.00 | 1.25 | us | +25% | 30% | within the noise |", text)
+        self.assertIn("| a | 1.00 | 1.20 | us | +20% | 5% | worse |", text)
+        self.assertIn("| b | 1.00 | 0.80 | us | -20% | 5% | better |", text)
+        self.assertIn("Only before: gone", text)
+        self.assertIn("Only now: new", text)
+
+
+unittest.main()
