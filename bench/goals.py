@@ -33,7 +33,7 @@ OF_THE_LIMIT = [
     ("depthToRgba/1920x1080", 0.8),
     ("maskToRgba/1920x1080", 0.7),
     ("importGrid/64x48x16", 1.5),
-    ("clientIntake/7142680", 1 / 0.9),
+    ("clientIntake/7142680", 1.11),
     ("grid/64/nearbyPoints", 1.2),
 ]
 
