@@ -185,7 +185,9 @@ def comparison(before, after):
             for name, old, new, unit, change, noise in changes(before, after)]
     parts = [table(["figure", "before", "now", "'unit", "change", "noise", "'verdict"], rows)]
     old, new = figures(before).keys(), figures(after).keys()
-    for title, names in (("Only before", old - new), ("Only now", new - old)):
+    compared = {row[0] for row in rows}
+    for title, names in (("Only before", old - new), ("Only now", new - old),
+                         ("Not beside the same limit in both", (old & new) - compared)):
         if names:
             parts.append(f"{title}: {', '.join(sorted(names))}")
     return "\n\n".join(parts) + "\n"

@@ -91,5 +91,11 @@ class Changes(unittest.TestCase):
         self.assertEqual(found["latency/s/beside nothing/p50"], (1.0, 2.0, "ms"))
         self.assertEqual(found["memory/s/host"], (2.0, 3.0, "MB"))
 
+    def test_trusts_a_p99_less_than_a_p50(self):
+        found = results.figures({"cases": {}, "latency": [{"streams": "s", "beside": "nothing",
+                                                           "p50": 1.0, "p99": 2.0}]})
+        self.assertLess(found["latency/s/beside nothing/p50"][1],
+                        found["latency/s/beside nothing/p99"][1])
+
 
 unittest.main()

@@ -92,7 +92,14 @@ class Tables(unittest.TestCase):
         self.assertIn("| a | 1.00 | 1.20 | us | +20% | 5% | worse |", text)
         self.assertIn("| b | 1.00 | 0.80 | us | -20% | 5% | better |", text)
         self.assertIn("Only before: gone", text)
+        self.assertNotIn("limit", text)
         self.assertIn("Only now: new", text)
+
+    def test_names_what_cannot_be_compared(self):
+        text = tables.comparison(run({"l": case(1.0), "a": case(1.0, "l")}),
+                                 run({"a": case(1.0, "l")}))
+        self.assertIn("Only before: l", text)
+        self.assertIn("Not beside the same limit in both: a", text)
 
 
 unittest.main()
