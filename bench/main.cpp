@@ -1,4 +1,6 @@
 #include "cases.h"
+#include "detection/detectionKernels.h"
+#include "foundation/textureForms.h"
 
 #include <benchmark/benchmark.h>
 
@@ -19,6 +21,8 @@ int main(int argc, char** argv) {
     bench::registerLibyuv();
 #endif
     benchmark::AddCustomContext("compiler", QVR_BENCH_COMPILER);
+    benchmark::AddCustomContext("detection form", QVR::activeKernels().name);
+    benchmark::AddCustomContext("texture form", QVR::activeTextureForm().name);
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
         return 1;
