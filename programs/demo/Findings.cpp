@@ -1,10 +1,12 @@
 #include "demo/Findings.h"
 
+#include "common/nearestPairs.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <limits>
 #include <map>
-#include <numeric>
 #include <set>
 #include <utility>
 
@@ -31,27 +33,17 @@ double pixelDistance(const ServerTouch& touch, const Finger& finger) {
     return std::hypot(touch.pixel[0] - finger.pixel[0], touch.pixel[1] - finger.pixel[1]);
 }
 
-// Touches joined with touching fingers, nearest first, each once.
+// Touches joined with touching fingers.
 std::vector<Match> matchesIn(const ServerFrame& frame) {
-    std::vector<Match> candidates;
-    for (const ServerTouch& touch : frame.touches) {
-        for (const Finger& finger : frame.truth) {
-            const double distance = displayDistance(touch, finger);
-            if (finger.touching && distance <= farthestMatch) {
-                candidates.push_back({&touch, &finger, distance});
-            }
-        }
-    }
-    std::stable_sort(candidates.begin(), candidates.end(),
-                     [](const Match& a, const Match& b) { return a.distance < b.distance; });
+    const auto distance = [&](std::size_t touch, std::size_t finger) {
+        return frame.truth[finger].touching
+                   ? displayDistance(frame.touches[touch], frame.truth[finger])
+                   : std::numeric_limits<double>::infinity();
+    };
     std::vector<Match> matches;
-    for (const Match& candidate : candidates) {
-        const bool taken = std::any_of(matches.begin(), matches.end(), [&](const Match& match) {
-            return match.touch == candidate.touch || match.finger == candidate.finger;
-        });
-        if (!taken) {
-            matches.push_back(candidate);
-        }
+    for (const programs::NearestPair& pair : programs::nearestPairs(
+             frame.touches.size(), frame.truth.size(), farthestMatch, distance)) {
+        matches.push_back({&frame.touches[pair.first], &frame.truth[pair.second], pair.distance});
     }
     return matches;
 }
@@ -63,16 +55,6 @@ std::size_t ghostsIn(const ServerFrame& frame) {
                 return displayDistance(touch, finger) <= farthestMatch;
             });
         }));
-}
-
-ErrorFigures figuresOf(std::vector<double> errors) {
-    if (errors.empty()) {
-        return {};
-    }
-    std::sort(errors.begin(), errors.end());
-    const auto count = static_cast<double>(errors.size());
-    const auto place = static_cast<std::size_t>(std::ceil(0.95 * count)) - 1;
-    return {std::accumulate(errors.begin(), errors.end(), 0.0) / count, errors[place]};
 }
 
 void countTouches(const std::vector<HostFrame>& host, Findings& findings) {
@@ -173,8 +155,8 @@ Findings judge(const std::vector<HostFrame>& host, const std::vector<ServerFrame
     }
     contacts.finish();
     findings.compared = millimeters.size();
-    findings.pixels = figuresOf(std::move(pixels));
-    findings.millimeters = figuresOf(std::move(millimeters));
+    findings.pixels = programs::figuresOf(std::move(pixels));
+    findings.millimeters = programs::figuresOf(std::move(millimeters));
     return findings;
 }
 

@@ -1,6 +1,7 @@
 // How well the host saw what happened.
 #pragma once
 
+#include "common/ErrorFigures.h"
 #include "demo/Alignment.h"
 #include "demo/TouchRecords.h"
 
@@ -9,11 +10,6 @@
 #include <vector>
 
 namespace demo {
-
-struct ErrorFigures {
-    double mean = 0;
-    double p95 = 0; // 95 of 100 touches are not further off
-};
 
 struct Findings {
     std::size_t frames = 0; // received by the host
@@ -25,11 +21,11 @@ struct Findings {
     // With a scene that knows its truth:
     bool truthKnown = false;
     std::size_t compared = 0; // touches of single frames that were compared with a finger
-    ErrorFigures pixels;
-    ErrorFigures millimeters; // on the display's plane
-    std::size_t ghosts = 0;   // touches of single frames without any finger near
-    std::size_t contacts = 0; // times that a finger touched long enough to be reported
-    std::size_t missed = 0;   // contacts that the host never heard of
+    programs::ErrorFigures pixels;
+    programs::ErrorFigures millimeters; // on the display's plane
+    std::size_t ghosts = 0;             // touches of single frames without any finger near
+    std::size_t contacts = 0;           // times that a finger touched long enough to be reported
+    std::size_t missed = 0;             // contacts that the host never heard of
 };
 
 // A finger that touches for fewer frames may be over before it is believed.

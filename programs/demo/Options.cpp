@@ -1,5 +1,7 @@
 #include "demo/Options.h"
 
+#include "common/exampleSettings.h"
+
 #include <cstdio>
 
 #include <CLI/CLI.hpp>
@@ -39,17 +41,7 @@ std::string sourceFor(const std::string& camera) {
 }
 
 fs::path examplesFor(const std::string& camera, const fs::path& programFolder) {
-    const char* name = isImageFolder(camera) ? "hand" : "simulated";
-    std::error_code ignored;
-    fs::path above = programFolder;
-    for (int level = 0; level < 5 && above.has_relative_path(); ++level) {
-        const fs::path place = above / "docs" / "examples" / name;
-        if (fs::is_directory(place, ignored)) {
-            return place;
-        }
-        above = above.parent_path();
-    }
-    return programFolder.parent_path() / QVR_INSTALL_DATADIR / "qvr-touch" / "examples" / name;
+    return programs::exampleSettings(isImageFolder(camera) ? "hand" : "simulated", programFolder);
 }
 
 std::optional<int> parseOptions(int argc, char** argv, const fs::path& programFolder,

@@ -34,8 +34,7 @@ std::optional<int> parseOptions(int argc, char** argv, const std::filesystem::pa
 // time, stay for most of a second each, long enough for touches to come to rest.
 std::string sourceFor(const std::string& camera);
 
-// The example settings for a camera source: in the source tree above a build tree, or in the share
-// folder of an installation. Where none are found, where they would be installed.
+// The example settings for a camera source; see programs::exampleSettings.
 std::filesystem::path examplesFor(const std::string& camera,
                                   const std::filesystem::path& programFolder);
 

@@ -91,7 +91,20 @@ Motion tapping(int fingerCount, std::uint64_t seed, double seconds) {
     return motion;
 }
 
-Motion dragging(int fingerCount, double seconds) {
+// To and fro along a straight line at one speed. A single hand has the width of the picture.
+Motion stroking(int fingerCount, double speed, double seconds) {
+    const double stroke = fingerCount > 1 ? 60.0 : 220.0;
+    const double way = std::fmod(1000.0 * speed * seconds, 2.0 * stroke);
+    Motion motion;
+    for (Vector& hand : motion.hands)
+        hand.x = std::abs(way - stroke) - 0.5 * stroke - (fingerCount > 1 ? 0.0 : 70.0);
+    motion.pressed.assign(static_cast<std::size_t>(fingerCount), 1.0);
+    return motion;
+}
+
+Motion dragging(int fingerCount, double speed, double seconds) {
+    if (speed > 0.0)
+        return stroking(fingerCount, speed, seconds);
     Motion motion;
     motion.hands[0] = {10.0 * swing(3.1, 0.0, seconds), 20.0 * swing(2.3, 0.1, seconds), 0.0};
     motion.hands[1] = {10.0 * swing(2.7, 0.3, seconds), 20.0 * swing(3.4, 0.0, seconds), 0.0};
@@ -109,22 +122,79 @@ Motion crossing(int fingerCount, double seconds) {
     return motion;
 }
 
+// Digits of `index` mirrored at the point: places in [0, 1) that keep filling the largest gap.
+double radicalInverse(int index, int base) {
+    double result = 0.0;
+    double weight = 1.0;
+    for (; index > 0; index /= base) {
+        weight /= base;
+        result += weight * (index % base);
+    }
+    return result;
+}
+
+// Has the right hand's first finger point at a pixel of the usual picture, `depth` away; with the
+// others it would not fit there.
+Vector handPointingAt(double column, double row, double depth) {
+    const rs_intrinsics camera = depthIntrinsics(640, 480);
+    const double scale = depth / static_cast<double>(camera.fx);
+    const Vector tip{(column - static_cast<double>(camera.ppx)) * scale,
+                     (row - static_cast<double>(camera.ppy)) * scale, depth - restDepth};
+    return tip - slotOffsets[0] - handHomes[0];
+}
+
+// The place of that number among many that fill the picture evenly; each seed has its own.
+Vector placeInPicture(int number, std::uint64_t seed, double depth) {
+    const auto part = [&](int base, std::uint64_t purpose) {
+        const double value = radicalInverse(number + 1, base) + share(seed, 0, purpose);
+        return value - std::floor(value);
+    };
+    return handPointingAt(40.0 + 560.0 * part(2, 5), 40.0 + 400.0 * part(3, 6), depth);
+}
+
+// One finger taps at one place after the other, all over the picture.
+Motion everywhere(std::uint64_t seed, double seconds) {
+    constexpr double period = 0.8;
+    const int number = static_cast<int>(seconds / period);
+    const double t = seconds - period * number;
+    const Vector from = placeInPicture(number, seed, restDepth);
+    const Vector to = placeInPicture(number + 1, seed, restDepth);
+    Motion motion;
+    motion.hands[0] = mix(from, to, smoothStep(0.55, period, t));
+    motion.pressed.push_back(pulse(0.0, 0.5, 0.15, t));
+    return motion;
+}
+
+// One finger, sixty times a second somewhere else in the touch volume.
+Motion calibration(std::uint64_t seed, double seconds) {
+    const int number = static_cast<int>(60.0 * seconds + 0.5);
+    const double depth = nearClip + 4.0 + (farClip - nearClip - 5.0) * radicalInverse(number, 5);
+    Motion motion;
+    motion.hands[0] = placeInPicture(number, seed, depth);
+    motion.pressed.push_back(1.0);
+    return motion;
+}
+
 Motion still(int fingerCount) {
     Motion motion;
     motion.pressed.assign(static_cast<std::size_t>(fingerCount), 1.0);
     return motion;
 }
 
-Motion motionOf(Scene scene, int fingerCount, std::uint64_t seed, double seconds) {
-    switch (scene) {
+Motion motionOf(const Story& story, int fingerCount, double seconds) {
+    switch (story.scene) {
     case Scene::Demo:
         return demo(fingerCount, seconds);
     case Scene::Tapping:
-        return tapping(fingerCount, seed, seconds);
+        return tapping(fingerCount, story.seed, seconds);
     case Scene::Dragging:
-        return dragging(fingerCount, seconds);
+        return dragging(fingerCount, story.speed, seconds);
     case Scene::Crossing:
         return crossing(fingerCount, seconds);
+    case Scene::Everywhere:
+        return everywhere(story.seed, seconds);
+    case Scene::Calibration:
+        return calibration(story.seed, seconds);
     case Scene::Resting:
     case Scene::Ten:
     case Scene::Flat:
@@ -132,6 +202,20 @@ Motion motionOf(Scene scene, int fingerCount, std::uint64_t seed, double seconds
         break;
     }
     return still(fingerCount);
+}
+
+int fingersOf(const Story& story) {
+    switch (story.scene) {
+    case Scene::Ten:
+        return 10;
+    case Scene::Empty:
+        return 0;
+    case Scene::Everywhere:
+    case Scene::Calibration:
+        return 1;
+    default:
+        return story.fingers;
+    }
 }
 
 } // namespace
@@ -143,18 +227,16 @@ std::optional<Scene> sceneNamed(std::string_view name) {
     return static_cast<Scene>(found - sceneNames.begin());
 }
 
-ScenePose poseAt(Scene scene, int fingerCount, std::uint64_t seed, double seconds) {
-    if (scene == Scene::Ten)
-        fingerCount = 10;
-    if (scene == Scene::Empty)
-        fingerCount = 0;
-    const Motion motion = motionOf(scene, fingerCount, seed, seconds);
+ScenePose poseAt(const Story& story, double seconds) {
+    const std::uint64_t seed = story.seed;
+    const int fingerCount = fingersOf(story);
+    const Motion motion = motionOf(story, fingerCount, seconds);
 
     ScenePose pose;
     for (std::size_t hand = 0; hand < 2; ++hand) {
         pose.hands[hand].present = fingerCount > static_cast<int>(hand);
         pose.hands[hand].position = handHomes[hand] + motion.hands[hand];
-        pose.hands[hand].lyingFlat = scene == Scene::Flat;
+        pose.hands[hand].lyingFlat = story.scene == Scene::Flat;
     }
     for (int id = 0; id < fingerCount; ++id) {
         FingerPose finger;
@@ -171,6 +253,7 @@ ScenePose poseAt(Scene scene, int fingerCount, std::uint64_t seed, double second
                              lifted * (1.0 - motion.pressed[static_cast<std::size_t>(id)]);
         const Vector& hand = pose.hands[static_cast<std::size_t>(finger.hand)].position;
         finger.tip = hand + offset + tremor + Vector{0.0, 0.0, depth};
+        finger.tip.z += story.lean * finger.tip.x;
         pose.fingers.push_back(finger);
     }
     return pose;

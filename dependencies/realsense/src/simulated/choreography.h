@@ -15,10 +15,22 @@
 
 namespace camera::simulated {
 
-enum class Scene { Demo, Resting, Tapping, Dragging, Crossing, Ten, Flat, Empty };
+enum class Scene {
+    Demo,
+    Resting,
+    Tapping,
+    Dragging,
+    Crossing,
+    Ten,
+    Flat,
+    Empty,
+    Everywhere,
+    Calibration
+};
 
-inline constexpr std::array<std::string_view, 8> sceneNames{
-    "demo", "resting", "tapping", "dragging", "crossing", "ten", "flat", "empty"};
+inline constexpr std::array<std::string_view, 10> sceneNames{
+    "demo", "resting", "tapping", "dragging",   "crossing",
+    "ten",  "flat",    "empty",   "everywhere", "calibration"};
 
 // The scene of that name.
 std::optional<Scene> sceneNamed(std::string_view name);
@@ -40,8 +52,18 @@ struct ScenePose {
     std::vector<FingerPose> fingers; // by id
 };
 
-// The pose `seconds` after the start of the story. The seed gives each finger its own small
-// differences in depth and timing.
-ScenePose poseAt(Scene scene, int fingerCount, std::uint64_t seed, double seconds);
+struct Story {
+    Scene scene = Scene::Demo;
+    int fingers = 3;
+    // Gives each finger its own small differences in depth and timing.
+    std::uint64_t seed = 1;
+    // How fast dragging hands move to and fro, in metres a second; 0 is the story's own way.
+    double speed = 0.0;
+    // How much farther fingers come to rest for each millimetre to the right of the camera.
+    double lean = 0.0;
+};
+
+// The pose `seconds` after the start of the story.
+ScenePose poseAt(const Story& story, double seconds);
 
 } // namespace camera::simulated

@@ -56,18 +56,18 @@ Color shade(const Tones& tones, const Vector& normal, double facing, double dept
 
 } // namespace
 
-ColorRenderer::ColorRenderer(const rs_intrinsics& intrinsics)
-    : intrinsics_(intrinsics), touched_(intrinsics.width, intrinsics.height) {}
+ColorRenderer::ColorRenderer(const rs_intrinsics& intrinsics, const Display& display)
+    : intrinsics_(intrinsics), display_(display), touched_(intrinsics.width, intrinsics.height) {}
 
 void ColorRenderer::paintBackground() {
     const std::size_t pixels =
         static_cast<std::size_t>(intrinsics_.width) * static_cast<std::size_t>(intrinsics_.height);
     nearest_.assign(pixels, farAway);
     background_.reserve(pixels * 3);
-    const Vector origin = pointInColorCamera(display().origin);
-    const Vector right = directionInColorCamera(display().right);
-    const Vector down = directionInColorCamera(display().down);
-    const Vector front = directionInColorCamera(display().front);
+    const Vector origin = pointInColorCamera(display_.origin);
+    const Vector right = directionInColorCamera(display_.right);
+    const Vector down = directionInColorCamera(display_.down);
+    const Vector front = directionInColorCamera(display_.front);
     const double offset = dot(origin, front);
     for (int row = 0; row < intrinsics_.height; ++row) {
         const double y =

@@ -10,19 +10,38 @@ namespace {
 
 constexpr double fineStepsPerMillimeter = unitsPerMillimeter * fineSteps;
 
-std::vector<FineDepth> planeOfDisplay(const rs_intrinsics& intrinsics) {
+std::vector<double> bendingOf(const rs_intrinsics& intrinsics, double bend) {
+    std::vector<double> factors;
+    if (bend == 0.0)
+        return factors;
+    const double middleX = 0.5 * (intrinsics.width - 1);
+    const double middleY = 0.5 * (intrinsics.height - 1);
+    const double corner = middleX * middleX + middleY * middleY;
+    for (int row = 0; row < intrinsics.height; ++row) {
+        for (int column = 0; column < intrinsics.width; ++column) {
+            const double x = column - middleX;
+            const double y = row - middleY;
+            factors.push_back(1.0 + bend / bendDistance * ((x * x + y * y) / corner));
+        }
+    }
+    return factors;
+}
+
+std::vector<FineDepth> planeOfDisplay(const rs_intrinsics& intrinsics, const Display& display,
+                                      const std::vector<double>& bending) {
     std::vector<FineDepth> plane;
     plane.reserve(static_cast<std::size_t>(intrinsics.width) *
                   static_cast<std::size_t>(intrinsics.height));
-    const Vector normal = display().front;
-    const double offset = dot(display().origin, normal);
+    const Vector normal = display.front;
+    const double offset = dot(display.origin, normal);
     for (int row = 0; row < intrinsics.height; ++row) {
         const double y =
             (row - static_cast<double>(intrinsics.ppy)) / static_cast<double>(intrinsics.fy);
         for (int column = 0; column < intrinsics.width; ++column) {
             const double x =
                 (column - static_cast<double>(intrinsics.ppx)) / static_cast<double>(intrinsics.fx);
-            const double z = offset / dot(normal, {x, y, 1.0});
+            const double factor = bending.empty() ? 1.0 : bending[plane.size()];
+            const double z = factor * offset / dot(normal, {x, y, 1.0});
             plane.push_back(static_cast<FineDepth>(z * fineStepsPerMillimeter + 0.5));
         }
     }
@@ -31,13 +50,15 @@ std::vector<FineDepth> planeOfDisplay(const rs_intrinsics& intrinsics) {
 
 } // namespace
 
-DepthRenderer::DepthRenderer(const rs_intrinsics& intrinsics, const Sensor& sensor)
+DepthRenderer::DepthRenderer(const rs_intrinsics& intrinsics, const Sensor& sensor,
+                             const Display& display, double bend)
     : intrinsics_(intrinsics), sensor_(sensor),
       projectorReach_(static_cast<double>(intrinsics.fx) * projectorBaseline *
                       fineStepsPerMillimeter),
       longestShadow_(
           static_cast<int>(static_cast<double>(intrinsics.fx) * projectorBaseline / nearClip) + 1),
-      background_(planeOfDisplay(intrinsics)), surface_(background_),
+      bending_(bendingOf(intrinsics, bend)),
+      background_(planeOfDisplay(intrinsics, display, bending_)), surface_(background_),
       touched_(intrinsics.width, intrinsics.height) {}
 
 std::span<FineDepth> DepthRenderer::surfaceRow(int row) {
@@ -54,7 +75,8 @@ void DepthRenderer::draw(const Capsule& capsule, std::uint64_t frame) {
     castCapsule(capsule, intrinsics_, box,
                 [&](int column, int row, double x, double y, double z, const Vector& normal) {
                     const auto pixel = static_cast<std::uint32_t>(row * width + column);
-                    const auto depth = static_cast<FineDepth>(z * fineStepsPerMillimeter + 0.5);
+                    const double read = bending_.empty() ? z : z * bending_[pixel];
+                    const auto depth = static_cast<FineDepth>(read * fineStepsPerMillimeter + 0.5);
                     FineDepth& surface = surface_[pixel];
                     if (depth >= std::abs(surface))
                         return;

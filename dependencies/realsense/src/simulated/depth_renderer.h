@@ -2,6 +2,7 @@
 #pragma once
 
 #include "simulated/capsule.h"
+#include "simulated/scene_geometry.h"
 #include "simulated/sensor.h"
 #include "simulated/touched_rows.h"
 
@@ -15,7 +16,10 @@ namespace camera::simulated {
 
 class DepthRenderer {
   public:
-    DepthRenderer(const rs_intrinsics& intrinsics, const Sensor& sensor);
+    // `bend`: what is `bendDistance` away reads this many millimetres farther in the corners of
+    // the picture, growing with the distance and with the square of the way from the middle.
+    DepthRenderer(const rs_intrinsics& intrinsics, const Sensor& sensor, const Display& display,
+                  double bend);
 
     // Fills `out`, width x height depth units row by row. `capsules` are in depth camera space.
     void render(const std::vector<Capsule>& capsules, std::uint64_t frame,
@@ -28,7 +32,8 @@ class DepthRenderer {
     rs_intrinsics intrinsics_;
     Sensor sensor_;
     double projectorReach_;
-    int longestShadow_; // in pixels
+    int longestShadow_;           // in pixels
+    std::vector<double> bending_; // by pixel: what distances read times this; empty is none
     std::vector<FineDepth> background_;
     std::vector<FineDepth> surface_; // equals the background between two frames
     TouchedRows touched_;

@@ -35,18 +35,20 @@ constexpr Vector colorTranslation{25.6, 0.3, 3.9};
 
 } // namespace
 
+Display displayAt(double distance, double lean) {
+    const Matrix tilt = rotation(radians(2.4), radians(-1.7 - lean), radians(0.8));
+    Display result;
+    result.right = tilt[0];
+    result.down = tilt[1];
+    result.front = tilt[2] * -1.0;
+    const Vector center{3.0, -4.0, distance};
+    result.origin =
+        center - result.right * (result.width / 2.0) - result.down * (result.height / 2.0);
+    return result;
+}
+
 const Display& display() {
-    static const Display value = [] {
-        const Matrix tilt = rotation(radians(2.4), radians(-1.7), radians(0.8));
-        Display result;
-        result.right = tilt[0];
-        result.down = tilt[1];
-        result.front = tilt[2] * -1.0;
-        const Vector center{3.0, -4.0, 430.0};
-        result.origin =
-            center - result.right * (result.width / 2.0) - result.down * (result.height / 2.0);
-        return result;
-    }();
+    static const Display value = displayAt(usualDistance, 0.0);
     return value;
 }
 

@@ -33,6 +33,9 @@ inline constexpr double restDepth = 269.0;
 // alone throws a shadow on its own left side.
 inline constexpr double projectorBaseline = 26.0;
 
+// Where the bending of a depth camera is stated, in millimetres.
+inline constexpr double bendDistance = 200.0;
+
 struct Display {
     Vector origin; // the upper left corner
     Vector right;  // unit vectors
@@ -48,6 +51,13 @@ struct Display {
     }
 };
 
+// A display whose middle is `distance` millimetres from the camera plane and whose right side leans
+// away from the camera by `lean` degrees more than that of the usual one.
+Display displayAt(double distance, double lean);
+
+inline constexpr double usualDistance = 430.0;
+
+// The usual one.
 const Display& display();
 
 // Intrinsics of both cameras for an image size. The depth camera scales its one picture; the

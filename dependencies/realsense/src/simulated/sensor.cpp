@@ -27,6 +27,9 @@ constexpr double surelySeen = 0.22;
 // Past this distance one pixel in 4096 is lost in every frame.
 constexpr FineDepth speckleFrom = 2560 * fineSteps;
 
+// Holes are placed patch by patch, each patch this many pixels wide and high.
+constexpr std::size_t patchSide = 8;
+
 std::int32_t bell(std::uint32_t bits) {
     const std::uint32_t pairs = (bits & 0x00ff00ffu) + ((bits >> 8) & 0x00ff00ffu);
     return static_cast<std::int32_t>((pairs & 0xffffu) + (pairs >> 16)) - bellMiddle;
@@ -34,7 +37,9 @@ std::int32_t bell(std::uint32_t bits) {
 
 } // namespace
 
-Sensor::Sensor(double noise, std::uint64_t seed) : ideal_(noise <= 0.0), seed_(seed) {
+Sensor::Sensor(double noise, std::uint64_t seed, double holes)
+    : ideal_(noise <= 0.0), seed_(seed),
+      holes_(static_cast<std::uint32_t>(std::lround(holes * 655.36))) {
     const double perBell = std::max(noise, 0.0) * fineSteps * (1 << noiseShift) / bellSigma;
     floor_ = static_cast<std::int32_t>(std::lround(sigmaFloor * perBell));
     growth_ = static_cast<std::int32_t>(std::lround(sigmaGrowth * perBell * 65536.0));
@@ -82,14 +87,34 @@ void Sensor::measure(std::span<const FineDepth> row, std::uint64_t frame, std::u
     if (ideal_) {
         for (std::size_t i = 0; i < row.size(); ++i)
             out[i] = static_cast<std::uint16_t>(std::clamp((row[i] + half) / fineSteps, 0, 65535));
-        return;
+    } else {
+        const std::uint64_t key = frameSeed(frame);
+        for (std::size_t i = 0; i < row.size(); i += 2) {
+            const std::uint64_t bits = hash(key + firstPixel + i);
+            out[i] = sample(row[i], static_cast<std::uint32_t>(bits));
+            if (i + 1 < row.size())
+                out[i + 1] = sample(row[i + 1], static_cast<std::uint32_t>(bits >> 32));
+        }
     }
-    const std::uint64_t key = frameSeed(frame);
-    for (std::size_t i = 0; i < row.size(); i += 2) {
-        const std::uint64_t bits = hash(key + firstPixel + i);
-        out[i] = sample(row[i], static_cast<std::uint32_t>(bits));
-        if (i + 1 < row.size())
-            out[i + 1] = sample(row[i + 1], static_cast<std::uint32_t>(bits >> 32));
+    if (holes_ > 0)
+        punch(out, frame, firstPixel / static_cast<std::uint32_t>(row.size()));
+}
+
+void Sensor::punch(std::span<std::uint16_t> row, std::uint64_t frame, std::uint32_t number) const {
+    const std::uint64_t key = hash(frameSeed(frame), number / patchSide + 1);
+    for (std::size_t start = 0; start < row.size(); start += patchSide) {
+        const std::uint64_t bits = hash(key, start);
+        if ((bits & 0xffff) >= holes_)
+            continue;
+        const std::size_t width = 1 + ((bits >> 16) & 3);
+        const std::size_t height = 1 + ((bits >> 18) & 3);
+        const std::size_t left = start + (bits >> 20 & 0xff) % (patchSide + 1 - width);
+        const std::size_t top = (bits >> 28 & 0xff) % (patchSide + 1 - height);
+        const std::size_t level = number % patchSide;
+        if (level < top || level >= top + height)
+            continue;
+        for (std::size_t i = left; i < std::min(left + width, row.size()); ++i)
+            row[i] = 0;
     }
 }
 

@@ -17,7 +17,9 @@ class Sensor {
   public:
     // `noise` scales the axial noise of the real thing; 0 is an ideal sensor, which also has
     // neither lost edges nor shadows. At most 16.
-    Sensor(double noise, std::uint64_t seed);
+    // `holes`: how many of a hundred patches of 8 x 8 pixels have a hole in a frame, 1 to 4 pixels
+    // wide and high, whatever the noise.
+    Sensor(double noise, std::uint64_t seed, double holes);
 
     bool ideal() const { return ideal_; }
 
@@ -36,11 +38,13 @@ class Sensor {
 
   private:
     std::uint64_t frameSeed(std::uint64_t frame) const;
+    void punch(std::span<std::uint16_t> row, std::uint64_t frame, std::uint32_t number) const;
 
     bool ideal_;
     std::uint64_t seed_;
     std::int32_t floor_;  // noise at distance 0
     std::int32_t growth_; // and how it grows with the squared distance
+    std::uint32_t holes_; // of 65536 patches
 };
 
 } // namespace camera::simulated

@@ -7,6 +7,7 @@
 #include "simulated/scene_geometry.h"
 #include "simulated/sensor.h"
 
+#include <cmath>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -23,10 +24,11 @@ constexpr int usualFramerate = 60;
 constexpr int highestFramerate = 240;
 
 struct Settings {
-    Scene scene = Scene::Demo;
-    int fingers = 3;
-    std::uint64_t seed = 1;
+    Story story;
     double noise = 1.0;
+    double holes = 0.0;
+    double bend = 0.0;
+    Display display = simulated::display();
     bool paced = true;
     ImageSize depth; // 0x0 is any
     ImageSize color;
@@ -58,16 +60,28 @@ ImageSize onlySize(const SourceOptions& options, std::string_view key) {
 
 Settings settingsFrom(const SourceOptions& options) {
     options.acceptNoPositional();
-    options.acceptOnly({"scene", "fingers", "seed", "noise", "pace", "depth", "color", "fps"});
+    options.acceptOnly({"scene", "fingers", "seed", "speed", "noise", "holes", "bend", "tilt",
+                        "surface", "pace", "depth", "color", "fps"});
     const std::string scene =
         options.choice("scene", sceneNames[0],
                        {sceneNames[0], sceneNames[1], sceneNames[2], sceneNames[3], sceneNames[4],
-                        sceneNames[5], sceneNames[6], sceneNames[7]});
+                        sceneNames[5], sceneNames[6], sceneNames[7], sceneNames[8], sceneNames[9]});
     Settings settings;
-    settings.scene = *sceneNamed(scene);
-    settings.fingers = options.integer("fingers", settings.fingers, 0, 10);
-    settings.seed = options.seed("seed", settings.seed);
+    Story& story = settings.story;
+    story.scene = *sceneNamed(scene);
+    story.fingers = options.integer("fingers", story.fingers, 0, 10);
+    story.seed = options.seed("seed", story.seed);
+    if (options.has("speed") && story.scene != Scene::Dragging)
+        throw std::runtime_error("simulated: speed belongs to scene=dragging, not to scene=" +
+                                 scene);
+    if (options.has("speed"))
+        story.speed = options.number("speed", 0.5, 0.01, 5.0);
     settings.noise = options.number("noise", settings.noise, 0.0, 16.0);
+    settings.holes = options.number("holes", settings.holes, 0.0, 100.0);
+    settings.bend = options.number("bend", settings.bend, -50.0, 50.0);
+    const double tilt = options.number("tilt", 0.0, -15.0, 15.0);
+    story.lean = tilt == 0.0 ? 0.0 : std::tan(tilt * 3.14159265358979323846 / 180.0);
+    settings.display = displayAt(options.number("surface", usualDistance, 285.0, 1000.0), tilt);
     settings.paced = options.onOff("pace", settings.paced);
     settings.depth = onlySize(options, "depth");
     settings.color = onlySize(options, "color");
@@ -110,11 +124,11 @@ int settledFramerate(int depth, int color, int only) {
 class SimulatedSource final : public FrameSource {
   public:
     explicit SimulatedSource(const Settings& settings)
-        : settings_(settings), sensor_(settings.noise, settings.seed),
+        : settings_(settings), sensor_(settings.noise, settings.story.seed, settings.holes),
           depthIntrinsics_(simulated::depthIntrinsics(usualSize.width, usualSize.height)) {}
 
     std::string name() const override { return "Simulated SR300"; }
-    std::string serial() const override { return "SIM" + std::to_string(settings_.seed); }
+    std::string serial() const override { return "SIM" + std::to_string(settings_.story.seed); }
     std::string firmware() const override { return "1.0.0.0"; }
     float depthScale() const override { return metersPerUnit; }
     rs_extrinsics depthToColor() const override { return simulated::depthToColor(); }
@@ -125,14 +139,14 @@ class SimulatedSource final : public FrameSource {
         const ImageSize colorSize = settledSize("colour", color, settings_.color);
         framerate_ = settledFramerate(depth.framerate, color.framerate, settings_.framerate);
         depthIntrinsics_ = simulated::depthIntrinsics(depthSize.width, depthSize.height);
-        depthRenderer_.emplace(depthIntrinsics_, sensor_);
+        depthRenderer_.emplace(depthIntrinsics_, sensor_, settings_.display, settings_.bend);
         CameraGeometry geometry;
         geometry.depth = depthIntrinsics_;
         geometry.color = colorIntrinsics(colorSize.width, colorSize.height);
         geometry.depthToColor = depthToColor();
         geometry.depthScale = depthScale();
         geometry.framerate = framerate_;
-        colorRenderer_.emplace(geometry.color);
+        colorRenderer_.emplace(geometry.color, settings_.display);
         return geometry;
     }
 
@@ -152,11 +166,13 @@ class SimulatedSource final : public FrameSource {
         for (const FingerPose& finger : pose(number).fingers) {
             rs_scene_finger& out = truth.fingers[truth.finger_count];
             const auto [column, row] = project(depthIntrinsics_, finger.tip);
-            const bool inVolume = finger.tip.z > nearClip && finger.tip.z < farClip;
+            // The far side of the touch volume leans with the surface.
+            const double farSide = farClip + settings_.story.lean * finger.tip.x;
+            const bool inVolume = finger.tip.z > nearClip && finger.tip.z < farSide;
             const bool inImage = column >= 0.0 && row >= 0.0 &&
                                  column <= depthIntrinsics_.width - 1 &&
                                  row <= depthIntrinsics_.height - 1;
-            const Vector onDisplay = display().fromCamera(finger.tip);
+            const Vector onDisplay = settings_.display.fromCamera(finger.tip);
             out.id = truth.finger_count;
             out.touching = inVolume && inImage ? 1 : 0;
             out.pixel[0] = static_cast<float>(column);
@@ -172,8 +188,7 @@ class SimulatedSource final : public FrameSource {
 
   private:
     ScenePose pose(std::uint64_t number) const {
-        return poseAt(settings_.scene, settings_.fingers, settings_.seed,
-                      static_cast<double>(number) / framerate_);
+        return poseAt(settings_.story, static_cast<double>(number) / framerate_);
     }
 
     Settings settings_;

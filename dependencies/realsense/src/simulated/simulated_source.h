@@ -10,10 +10,19 @@
 namespace camera {
 
 // Keys:
-//   scene    demo (the default), resting, tapping, dragging, crossing, ten, flat, empty
-//   fingers  how many, 0 to 10 (3); the scenes ten and empty have their own number
+//   scene    demo (the default), resting, tapping, dragging, crossing, ten, flat, empty;
+//            everywhere: one finger taps all over the picture; calibration: it is at another place
+//            of the touch volume sixty times a second
+//   fingers  how many, 0 to 10 (3); ten, empty, everywhere and calibration have their own number
 //   seed     chooses the noise and the fingers' small differences (1)
+//   speed    with scene=dragging: to and fro on a straight line, 0.01 to 5 metres a second
 //   noise    strength of the depth noise, 0 to 16 (1); 0 also fills holes and shadows
+//   holes    how many of 100 patches of 8 x 8 pixels have a hole in each frame (0)
+//   bend     distances read this many millimetres too far in the picture's corners, stated for 200
+//            millimetres, -50 to 50 (0)
+//   tilt     degrees that the surface's right side leans away from the camera, and with it the
+//            far side of the touch volume and where fingers rest, -15 to 15 (0)
+//   surface  millimetres from the camera to the middle of the display, 285 to 1000 (430)
 //   pace     off: frames come as fast as they are asked for
 //   depth    the only depth size, such as 640x480; else any up to 1920x1080
 //   color    the same for colour
