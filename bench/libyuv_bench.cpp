@@ -16,7 +16,9 @@ namespace {
 struct Size {
     int width;
     int height;
-    std::size_t pixels() const { return static_cast<std::size_t>(width * height); }
+    std::size_t pixels() const {
+        return static_cast<std::size_t>(width) * static_cast<std::size_t>(height);
+    }
     std::string name() const { return std::to_string(width) + "x" + std::to_string(height); }
 };
 
