@@ -13,7 +13,7 @@ namespace {
 
 using Bytes = std::vector<unsigned char>;
 
-constexpr std::size_t mostPixels = 300;
+constexpr std::size_t mostPixels = 350; // more than are fetched ahead
 
 Bytes literalColor(const unsigned char* rgb, std::size_t pixels) {
     Bytes rgba;
