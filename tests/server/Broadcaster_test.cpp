@@ -6,6 +6,7 @@
 #include <chrono>
 #include <cstring>
 #include <deque>
+#include <set>
 #include <thread>
 #include <vector>
 
@@ -181,6 +182,53 @@ TEST(Broadcaster, LeavesBuffersFreeHoweverManyClientsLag) {
             EXPECT_GT(number, last);
             last = number;
         }
+    }
+}
+
+TEST(Broadcaster, UsesTheSameFewBuffersHoweverManyClientsReadOrLag) {
+    RunningBroadcaster running(patient());
+    running.announce(wordsHeader(100000));
+    std::set<const void*> buffers;
+    {
+        std::vector<server::FrameRef> held;
+        while (server::FrameRef frame = running.broadcaster.acquire()) {
+            buffers.insert(frame->bytes().data());
+            held.push_back(std::move(frame));
+            ASSERT_LT(held.size(), 16U);
+        }
+    }
+    std::uint32_t number = 0;
+    const auto publishOne = [&] {
+        server::FrameRef frame = running.broadcaster.acquire();
+        ASSERT_TRUE(frame);
+        EXPECT_TRUE(buffers.contains(frame->bytes().data()));
+        support::fillWords(frame->bytes().data(), frame->bytes().size(), ++number);
+        running.broadcaster.publish(std::move(frame));
+        running.settle();
+    };
+    std::deque<RawClient> laggards;
+    std::deque<RawClient> readers;
+    Bytes frame;
+    const auto readAll = [&] {
+        for (RawClient& reader : readers) {
+            reader.readFrame(frame);
+            EXPECT_EQ(numberOf(frame), number);
+        }
+    };
+    for (std::size_t i = 0; i < 8; ++i) {
+        readers.emplace_back(running.port()).readHeader();
+        ASSERT_TRUE(running.hasClients(2 * i + 1));
+        // A new client begins with the newest frame; this one is then read by all.
+        if (number != 0)
+            readers.back().readFrame(frame);
+        laggards.emplace_back(running.port(), 4096).readHeader();
+        ASSERT_TRUE(running.hasClients(2 * i + 2));
+        publishOne();
+        readAll();
+    }
+    for (int i = 0; i < 20; ++i) {
+        publishOne();
+        readAll();
     }
 }
 
