@@ -13,12 +13,14 @@ import platform
 import subprocess
 import sys
 
+import accuracy
 import memory
 import results
 import tables
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 SETTINGS = ROOT / "docs/examples/simulated/QVR_calibration"
+IMAGES = ROOT.parent / "shared/data/sr305"
 BEGIN = "<!-- figures: begin -->"
 END = "<!-- figures: end -->"
 
@@ -26,12 +28,18 @@ END = "<!-- figures: end -->"
 def parse_arguments():
     parser = argparse.ArgumentParser(prog="./dev bench", description=__doc__.splitlines()[0])
     parser.add_argument("--programs", type=pathlib.Path, default=ROOT / "build/release/bin",
-                        help="folder of qvr-bench, qvr-latency, qvr-server and qvr-host")
+                        help="folder of qvr-bench, qvr-latency, qvr-evaluate, qvr-server and "
+                             "qvr-host")
     parser.add_argument("--filter", help="regular expression of case names; only these cases")
     parser.add_argument("--repetitions", type=int, default=9)
     parser.add_argument("--min-time", type=float, default=0.1, help="seconds per repetition")
     parser.add_argument("--frames", type=int, default=600, help="frames per latency measurement")
-    parser.add_argument("--cases-only", action="store_true", help="no latency, no memory")
+    parser.add_argument("--cases-only", action="store_true",
+                        help="no latency, no memory, no accuracy")
+    parser.add_argument("--images", type=pathlib.Path, metavar="DIR", default=IMAGES,
+                        help="depth images in which blobs and touches are looked for, where there "
+                             "are any; their pictures go beside the results "
+                             "(default: ../shared/data/sr305)")
     parser.add_argument("--from", dest="source", type=pathlib.Path, metavar="FILE",
                         help="measure nothing, take the results of an earlier run")
     parser.add_argument("--compare", type=pathlib.Path, metavar="FILE",
@@ -106,7 +114,7 @@ def about(arguments, context):
 
 
 def measure(arguments, target):
-    for program in ("qvr-bench", "qvr-latency", "qvr-server", "qvr-host"):
+    for program in ("qvr-bench", "qvr-latency", "qvr-evaluate", "qvr-server", "qvr-host"):
         if not (arguments.programs / program).exists():
             sys.exit(f"{program} is missing in {arguments.programs}: ./dev bench builds it")
     print("measuring; a quiet machine gives steadier figures", file=sys.stderr)
@@ -119,6 +127,9 @@ def measure(arguments, target):
     if not (arguments.cases_only or arguments.filter):
         found["latency"] = run_latency(arguments)
         found["memory"] = memory.measure(arguments.programs, SETTINGS)
+        found["accuracy"] = accuracy.scenes(arguments.programs)
+        found["images"] = accuracy.images(arguments.programs, arguments.images,
+                                          target.parent / "pictures")
     return found
 
 

@@ -6,6 +6,8 @@
               that it replaces, where there are
     latency   what qvr-latency prints
     memory    what memory.measure returns
+    accuracy  what qvr-evaluate writes: scenes, total and goals
+    images    what accuracy.images returns
 """
 
 import statistics
@@ -19,6 +21,9 @@ LEAST_NOISE = 0.05
 # the scheduler.
 LATENCY_NOISE = {"p50": 0.15, "p99": 1.0}
 MEMORY_NOISE = 0.05
+
+# The same scenes and noise in every run; the figures move with the program alone.
+ACCURACY_NOISE = 0.0
 
 # Of the context that the benchmark library writes, what is the library's own.
 LIBRARY_CONTEXT = {"date", "host_name", "executable", "num_cpus", "mhz_per_cpu",
@@ -87,7 +92,24 @@ def figures(results):
     for row in results.get("memory", []):
         for part in ("host", "server1", "server16"):
             found[f"memory/{row['streams']}/{part}"] = (row[part] / 1e6, MEMORY_NOISE, "MB")
+    for scene in results.get("accuracy", {}).get("scenes", []):
+        for figure, value, unit in accuracy_figures(scene):
+            found[f"accuracy/{scene['name']}/{figure}"] = (value, ACCURACY_NOISE, unit)
     return found
+
+
+def accuracy_figures(scene):
+    """(name, value, unit) of a scene's figures, those that the scene has; all are costs."""
+    error, first = scene["errorMm"] or {}, scene["firstReportFrame"] or {}
+    named = [
+        ("missed", scene["missed"], "touches"),
+        ("false", scene["falseTouchesPerMinute"], "a minute"),
+        ("error/mean", error.get("mean"), "mm"),
+        ("error/p95", error.get("p95"), "mm"),
+        ("jitter", scene["jitterMm"], "mm"),
+        ("first report", first.get("mean"), "frames"),
+    ]
+    return [figure for figure in named if figure[1] is not None]
 
 
 def changes(before, after):

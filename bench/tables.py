@@ -1,5 +1,6 @@
 """The Markdown tables of a run's results."""
 
+import pathlib
 import re
 
 from goals import goals
@@ -140,9 +141,53 @@ def memory(results):
     def megabytes(value):
         return number(value / 1e6, " MB", 2)
     rows = [[row["streams"], megabytes(row["frameBytes"]), megabytes(row["server1"]),
-             megabytes(row["server16"]), megabytes(row["host"])]
+             megabytes(row["server16"]), megabytes((row["server16"] - row["server1"]) / (16 - 1)),
+             megabytes(row["host"])]
             for row in results.get("memory", [])]
-    return table(["streams", "a frame", "server, 1 client", "server, 16 clients", "host"], rows)
+    return table(["streams", "a frame", "server, 1 client", "server, 16 clients",
+                  "a further client", "host"], rows)
+
+
+def part(figures, name, digits=2):
+    return number(figures and figures[name], digits=digits)
+
+
+def accuracy(results):
+    rows = []
+    for scene in results.get("accuracy", {}).get("scenes", []):
+        first, error, lag = scene["firstReportFrame"], scene["errorMm"], scene["lag"]
+        before = scene["errorBeforeCalibrationMm"]
+        rate = scene["detectionRate"]
+        rows.append([scene["name"], number(scene["frames"], digits=0),
+                     number(scene["touchDowns"], digits=0),
+                     number(None if rate is None else 100 * rate, " %"),
+                     *(number(scene[name], digits=0)
+                       for name in ("missed", "broken", "splits", "identitySwitches")),
+                     times(scene["falseTouchesPerMinute"]), part(first, "mean"),
+                     part(before, "mean"), part(before, "p95"), part(error, "mean"),
+                     part(error, "p95"), number(scene["jitterMm"], digits=3), part(lag, "ms", 1)])
+    return table(["scene", "frames", "touch-downs", "detected", "missed", "broken", "split",
+                  "id switches", "false a minute", "first report on frame", "mm before, mean",
+                  "p95", "mm after, mean", "p95", "jitter, mm", "lag, ms"], rows)
+
+
+def accuracy_goals(results):
+    rows = []
+    for goal in results.get("accuracy", {}).get("goals", []):
+        if goal["figure"] is None:
+            continue
+        at_least = "atLeast" in goal
+        limit = goal["atLeast"] if at_least else goal["atMost"]
+        rows.append([f"{goal['name']}, {goal['unit']}", times(goal["figure"]),
+                     f"{'at least' if at_least else 'at most'} {limit:g}",
+                     "yes" if goal["met"] else "no", ", ".join(goal["notMetBy"])])
+    return table(["figure", "measured", "goal", "'met", "'not by"], rows)
+
+
+def images(results):
+    rows = [[row["image"], str(row["blobs"]), str(row["touches"]),
+             pathlib.PurePath(row["picture"]).name] for row in results.get("images", [])]
+    return table(["depth image", "blobs", "touches", "'picture"], rows)
 
 
 def goal_table(results):
@@ -162,6 +207,9 @@ SECTIONS = [
     ("Over the number of clients", clients),
     ("From the camera to the host", latency),
     ("Memory", memory),
+    ("How well fingers are found", accuracy),
+    ("Goals of finding fingers", accuracy_goals),
+    ("Real depth images", images),
 ]
 
 

@@ -91,6 +91,17 @@ class Changes(unittest.TestCase):
         self.assertEqual(found["latency/s/beside nothing/p50"], (1.0, 2.0, "ms"))
         self.assertEqual(found["memory/s/host"], (2.0, 3.0, "MB"))
 
+    def test_compares_accuracy_where_a_scene_has_the_figure(self):
+        def run(missed, mean):
+            scene = {"name": "s", "missed": missed, "falseTouchesPerMinute": 0.0,
+                     "errorMm": {"mean": mean, "p95": 2.0}, "jitterMm": None,
+                     "firstReportFrame": None}
+            return {"cases": {}, "accuracy": {"scenes": [scene]}}
+        found = {row[0]: row[1:4] for row in results.changes(run(2, 1.0), run(4, 1.5))}
+        self.assertEqual(found, {"accuracy/s/missed": (2, 4, "touches"),
+                                 "accuracy/s/error/mean": (1.0, 1.5, "mm"),
+                                 "accuracy/s/error/p95": (2.0, 2.0, "mm")})
+
     def test_trusts_a_p99_less_than_a_p50(self):
         found = results.figures({"cases": {}, "latency": [{"streams": "s", "beside": "nothing",
                                                            "p50": 1.0, "p99": 2.0}]})

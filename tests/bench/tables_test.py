@@ -77,6 +77,43 @@ class Tables(unittest.TestCase):
             "| importGrid/64x48x16 over bareParse/64x48x16 | 1.60 | at most 1.5 | no |",
             "| instead:opencv/detectFrame/640x480/dense over ours | 5.00 | at least 5 | yes |"])
 
+    def test_shows_what_a_further_client_costs(self):
+        row = {"streams": "all", "frameBytes": 2e6, "server1": 10e6, "server16": 40e6, "host": 5e6}
+        self.assertEqual(
+            self.rows(tables.memory(run({}, memory=[row]))),
+            ["| all | 2.00 MB | 10.00 MB | 40.00 MB | 2.00 MB | 5.00 MB |"])
+
+    def test_shows_how_well_fingers_are_found(self):
+        scene = {"name": "tapping", "frames": 1800, "touchDowns": 4, "detectionRate": 0.75,
+                 "missed": 1, "broken": 2, "splits": 3, "identitySwitches": 4,
+                 "falseTouchesPerMinute": 0.5, "firstReportFrame": {"mean": 2.25},
+                 "errorBeforeCalibrationMm": {"mean": 1.5, "p95": 3.0},
+                 "errorMm": {"mean": 0.5, "p95": 1.0}, "jitterMm": 0.125, "lag": {"ms": 20.5}}
+        nothing = scene | {"name": "empty", "touchDowns": 0, "detectionRate": None,
+                           "firstReportFrame": None, "errorBeforeCalibrationMm": None,
+                           "errorMm": None, "jitterMm": None, "lag": None}
+        text = tables.accuracy(run({}, accuracy={"scenes": [scene, nothing]}))
+        self.assertEqual(self.rows(text), [
+            "| tapping | 1,800 | 4 | 75.0 % | 1 | 2 | 3 | 4 | 0.50 | 2.25 | 1.50 | 3.00 | 0.50 "
+            "| 1.00 | 0.125 | 20.5 |",
+            "| empty | 1,800 | 0 |  | 1 | 2 | 3 | 4 | 0.50 |  |  |  |  |  |  |  |"])
+
+    def test_names_the_scenes_that_miss_a_goal(self):
+        goals = [{"name": "found", "unit": "%", "atLeast": 99.2, "figure": 94.1, "met": False,
+                  "notMetBy": ["tilted", "bent"]},
+                 {"name": "false", "unit": "/min", "atMost": 0.1, "figure": 0.0, "met": True,
+                  "notMetBy": []},
+                 {"name": "not measured", "unit": "mm", "atMost": 1, "figure": None, "met": None,
+                  "notMetBy": []}]
+        self.assertEqual(self.rows(tables.accuracy_goals(run({}, accuracy={"goals": goals}))), [
+            "| found, % | 94.10 | at least 99.2 | no | tilted, bent |",
+            "| false, /min | 0.00 | at most 0.1 | yes |  |"])
+
+    def test_lists_the_depth_images_with_their_pictures(self):
+        row = {"image": "030.png", "blobs": 3, "touches": 2, "picture": "some/frame-000.png"}
+        self.assertEqual(self.rows(tables.images(run({}, images=[row]))),
+                         ["| 030.png | 3 | 2 | frame-000.png |"])
+
     def test_leaves_out_sections_without_rows(self):
         text = tables.markdown(run({"a": case(1.0)}))
         self.assertEqual([line for line in text.splitlines() if line.startswith("#")],
