@@ -191,10 +191,13 @@ def images(results):
 
 
 def goal_table(results):
-    rows = [[title, times(value), f"{'at most' if at_most else 'at least'} {limit:g}",
-             "yes" if (value <= limit if at_most else value >= limit) else "no"]
-            for title, value, at_most, limit in goals(results)]
-    return table(["figure", "measured", "goal", "'met"], rows)
+    def reached(value, at_most, limit):
+        return "yes" if (value <= limit if at_most else value >= limit) else "no"
+    rows = [[title, times(value), f"{'at most' if at_most else 'at least'} {goal:g}",
+             reached(value, at_most, goal), "" if aim is None else f"{aim:g}",
+             "" if aim is None else reached(value, at_most, aim)]
+            for title, value, at_most, goal, aim in goals(results)]
+    return table(["figure", "measured", "goal", "'met", "aim", "'reached"], rows)
 
 
 SECTIONS = [
