@@ -38,6 +38,10 @@ Scene sparseScene(std::uint32_t width, std::uint32_t height) {
     return {sizeName(width, height) + "/sparse", {}, fingersBefore(width, height, 9000)};
 }
 
+Scene surfaceScene(std::uint32_t width, std::uint32_t height) {
+    return {sizeName(width, height) + "/surface", {}, fingersBefore(width, height, 1000)};
+}
+
 std::vector<Scene> realScenes() {
     const auto image = literal::readDepthPng(std::string(QVR_REAL_IMAGES) + "/070.png");
     if (!image) {
@@ -65,6 +69,7 @@ std::vector<Scene> allScenes() {
     std::vector<Scene> scenes = realScenes();
     scenes.push_back(sparseScene(640, 480));
     scenes.push_back(denseScene(640, 480));
+    scenes.push_back(surfaceScene(640, 480));
     scenes.push_back(denseScene(1920, 1080));
     return scenes;
 }

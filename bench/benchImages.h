@@ -16,12 +16,15 @@ struct Scene {
     literal::Image image;
 };
 
-// Ten fingers before a display plane that is in range itself: every pixel gets both flatness
-// tests.
+// Ten fingers before a display plane that is in range itself: every pixel is, but those of the
+// plane are beyond the cut.
 Scene denseScene(std::uint32_t width, std::uint32_t height);
 
 // The same fingers with everything behind them out of range.
 Scene sparseScene(std::uint32_t width, std::uint32_t height);
+
+// A surface that fills the image within the cut: every pixel keeps its mark.
+Scene surfaceScene(std::uint32_t width, std::uint32_t height);
 
 // A real hand alone and with the room behind it; empty where the images are not at hand.
 std::vector<Scene> realScenes();

@@ -93,33 +93,45 @@ void wholeFrameCase(benchmark::State& state, const Scene& scene, const char* for
     countPixels(state, scene.image);
 }
 
-void markFlatPixelsCase(benchmark::State& state, const Scene& scene, const char* form) {
-    const QVR::DetectionKernels& kernels = *QVR::findKernels(form);
-    const literal::Settings& settings = scene.settings;
-    std::vector<std::uint8_t> marks(scene.image.pixels.size());
-    std::vector<std::uint16_t> strips(QVR::stripPixels);
-    for (auto step : state) {
-        benchmark::DoNotOptimize(
-            kernels.markFlatPixels({scene.image.data(), scene.image.width, scene.image.height},
-                                   {settings.nearNoiseCutoff, settings.farLimit,
-                                    settings.flatnessRadius, settings.flatnessThreshold},
-                                   strips.data(), marks.data()));
-        benchmark::ClobberMemory();
-    }
-    state.SetLabel(memoryPassName(scene.image) + " markFlatPixels/" + scene.name + "/plain");
+QVR::DepthView viewOf(const Scene& scene) {
+    return {scene.image.data(), scene.image.width, scene.image.height};
 }
 
-// The cut of a mask that is cut already: as many blocks have marks as in a new one, save those
-// beyond the cut.
-void clearBeyondCutCase(benchmark::State& state, const Scene& scene, const char* form) {
-    ForcedManager forced(state, scene, form);
+QVR::FlatnessSettings flatnessOf(const Scene& scene) {
+    return {scene.settings.nearNoiseCutoff, scene.settings.farLimit, scene.settings.flatnessRadius,
+            scene.settings.flatnessThreshold};
+}
+
+std::vector<std::uint8_t> roomForCounted(const Scene& scene) {
+    return std::vector<std::uint8_t>(QVR::blocksInRow(scene.image.width) * scene.image.height);
+}
+
+void findNearestCase(benchmark::State& state, const Scene& scene, const char* form) {
     const QVR::DetectionKernels& kernels = *QVR::findKernels(form);
+    std::vector<std::uint8_t> marks(scene.image.pixels.size());
+    std::vector<std::uint8_t> counted = roomForCounted(scene);
     for (auto step : state) {
-        kernels.clearBeyondCut(scene.image.data(), forced.manager.mask.size(),
-                               forced.manager.cutoffDepth, forced.manager.mask.data());
+        benchmark::DoNotOptimize(
+            kernels.findNearest(viewOf(scene), flatnessOf(scene), counted.data(), marks.data()));
         benchmark::ClobberMemory();
     }
-    state.SetLabel(memoryPassName(scene.image) + " clearBeyondCut/" + scene.name + "/plain");
+    state.SetLabel(memoryPassName(scene.image) + " findNearest/" + scene.name + "/plain");
+}
+
+// Completes the same marks again and again: as many blocks are to be counted or cut as in a new
+// frame.
+void markUpToCase(benchmark::State& state, const Scene& scene, const char* form) {
+    ForcedManager forced(state, scene, form);
+    const QVR::DetectionKernels& kernels = *QVR::findKernels(form);
+    std::vector<std::uint8_t> counted = roomForCounted(scene);
+    kernels.findNearest(viewOf(scene), flatnessOf(scene), counted.data(),
+                        forced.manager.mask.data());
+    for (auto step : state) {
+        kernels.markUpTo(viewOf(scene), flatnessOf(scene), forced.manager.cutoffDepth,
+                         counted.data(), forced.manager.mask.data());
+        benchmark::ClobberMemory();
+    }
+    state.SetLabel(memoryPassName(scene.image) + " markUpTo/" + scene.name + "/plain");
 }
 
 struct MaskImage {
@@ -199,8 +211,8 @@ void registerDetection() {
         };
         for (const Scene& scene : allScenes()) {
             add("processFrame/" + scene.name, processFrameCase, scene);
-            add("markFlatPixels/" + scene.name, markFlatPixelsCase, scene);
-            add("clearBeyondCut/" + scene.name, clearBeyondCutCase, scene);
+            add("findNearest/" + scene.name, findNearestCase, scene);
+            add("markUpTo/" + scene.name, markUpToCase, scene);
             add("extractBlobs/" + scene.name, extractBlobsCase, scene);
             add("wholeFrame/" + scene.name, wholeFrameCase, scene);
         }

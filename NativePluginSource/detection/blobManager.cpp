@@ -6,6 +6,7 @@
 #include "foundation/numbers.h"
 #include "foundation/utils.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace QVR {
@@ -22,7 +23,7 @@ void blobManager::setConfig(float oneMeterUnits, unsigned int imageWidth,
     const bool countable = std::uint64_t{width} * height == pixelCount;
     mask.assign(countable ? pixelCount : 0, 0);
     rowRuns.resize(countable ? mostRuns(width) : 0);
-    strips.resize(stripPixels);
+    countedBlocks.resize(countable ? blocksInRow(width) * height : 0);
     for (cImageBlob& blob : blobs) {
         blob.setSize(width, countable ? height : 0);
     }
@@ -37,7 +38,7 @@ void blobManager::setFarClipping(float meters) {
 // Whether there is an image size, and all that setConfig made fits it.
 bool blobManager::hasImage() const {
     return !mask.empty() && mask.size() == std::uint64_t{width} * height &&
-           rowRuns.size() >= mostRuns(width) && strips.size() == stripPixels;
+           rowRuns.size() >= mostRuns(width) && countedBlocks.size() == blocksInRow(width) * height;
 }
 
 void blobManager::processFrame(const unsigned short* depth) {
@@ -45,18 +46,20 @@ void blobManager::processFrame(const unsigned short* depth) {
         return;
     }
     const DetectionKernels& kernels = activeKernels();
-    const FlatnessResult marked = kernels.markFlatPixels(
-        {depth, width, height}, {nearNoiseCutoff, farLimit, flatnessRadius, flatnessThreshold},
-        strips.data(), mask.data());
-    if (!marked.anyInRange) {
+    const DepthView image{depth, width, height};
+    const FlatnessSettings settings{nearNoiseCutoff, farLimit, flatnessRadius, flatnessThreshold};
+    const FlatnessResult found =
+        kernels.findNearest(image, settings, countedBlocks.data(), mask.data());
+    if (!found.anyInRange) {
+        std::fill(mask.begin(), mask.end(), std::uint8_t{0});
         return;
     }
     // Without a flat pixel the cut of the last frame stands in, so it moves on by one band.
-    const std::uint32_t base = marked.nearest > farLimit ? cutoffDepth : marked.nearest;
+    const std::uint32_t base = found.nearest > farLimit ? cutoffDepth : found.nearest;
     const double t = utils::clamp01(utils::inverseLerp(nearNoiseCutoff, farLimit, base));
     const int band = truncateToInt(maxDiffNear + (maxDiffFar - maxDiffNear) * t);
     const auto cut = static_cast<std::uint16_t>(base + static_cast<std::uint32_t>(band));
-    kernels.clearBeyondCut(depth, mask.size(), cut, mask.data());
+    kernels.markUpTo(image, settings, cut, countedBlocks.data(), mask.data());
     cutoffDepth = cut;
 }
 

@@ -92,8 +92,8 @@ class QVR_API blobManager {
   private:
     bool hasImage() const;
 
-    std::vector<BlobRun> rowRuns;      // the runs of one row while blobs are extracted
-    std::vector<std::uint16_t> strips; // ends of image rows while pixels are marked
+    std::vector<BlobRun> rowRuns;            // the runs of one row while blobs are extracted
+    std::vector<std::uint8_t> countedBlocks; // blocks with counts while pixels are marked
 };
 
 } // namespace QVR

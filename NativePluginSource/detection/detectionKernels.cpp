@@ -10,13 +10,17 @@ namespace QVR {
 
 namespace {
 
-FlatnessResult markWithoutStrips(const DepthView& image, const FlatnessSettings& settings,
-                                 std::uint16_t*, std::uint8_t* mask) {
+FlatnessResult markAll(const DepthView& image, const FlatnessSettings& settings, std::uint8_t*,
+                       std::uint8_t* mask) {
     return markFlatPixels(image, settings, mask);
 }
 
-constexpr DetectionKernels plainKernels{"plain", markWithoutStrips, clearBeyondCut, findRuns,
-                                        addRowToCenter};
+void cutAll(const DepthView& image, const FlatnessSettings&, std::uint16_t cut, const std::uint8_t*,
+            std::uint8_t* mask) {
+    clearBeyondCut(image.pixels, std::size_t{image.width} * image.height, cut, mask);
+}
+
+constexpr DetectionKernels plainKernels{"plain", markAll, cutAll, findRuns, addRowToCenter};
 
 std::atomic<const DetectionKernels*> inUse{nullptr};
 

@@ -18,11 +18,14 @@ namespace QVR {
 // plain one.
 struct DetectionKernels {
     const char* name;
-    // `strips` has room for stripPixels values and keeps nothing between calls.
-    FlatnessResult (*markFlatPixels)(const DepthView& image, const FlatnessSettings& settings,
-                                     std::uint16_t* strips, std::uint8_t* mask);
-    void (*clearBeyondCut)(const unsigned short* depth, std::size_t pixelCount, std::uint16_t cut,
-                           std::uint8_t* mask);
+    // The nearest flat surface of an image. What is known of the marks by then goes to `mask` and
+    // `counted`, which has room for blocksInRow(image.width) * image.height values.
+    FlatnessResult (*findNearest)(const DepthView& image, const FlatnessSettings& settings,
+                                  std::uint8_t* counted, std::uint8_t* mask);
+    // Completes what findNearest left of the same image: each pixel's mark where it is no farther
+    // than `cut`, 0 elsewhere.
+    void (*markUpTo)(const DepthView& image, const FlatnessSettings& settings, std::uint16_t cut,
+                     const std::uint8_t* counted, std::uint8_t* mask);
     std::size_t (*findRuns)(const std::uint8_t* maskRow, std::uint32_t width,
                             const RunSettings& settings, BlobRun* runs);
     void (*addRowToCenter)(const unsigned short* depthRow, std::uint32_t first, std::uint32_t last,
@@ -33,9 +36,18 @@ struct DetectionKernels {
 // What vector forms may ask of an image to take it themselves.
 constexpr std::uint32_t blockColumns = 32;    // columns of one step; no image is narrower
 constexpr std::uint32_t wordColumns = 64;     // columns of one step along a mask row
-constexpr std::uint32_t mostStripRadius = 16; // largest flatness radius
-constexpr std::size_t stripColumns = 128;
-constexpr std::size_t stripPixels = (4 * mostStripRadius + 1) * 2 * stripColumns;
+constexpr std::uint32_t mostBlockRadius = 16; // largest flatness radius
+
+constexpr std::size_t blocksInRow(std::uint32_t width) {
+    return (std::size_t{width} + blockColumns - 1) / blockColumns;
+}
+
+// The last block ends at the row's end.
+constexpr std::uint32_t columnOfBlock(std::size_t block, std::uint32_t width) {
+    const std::size_t column = block * blockColumns;
+    return column < width - blockColumns ? static_cast<std::uint32_t>(column)
+                                         : width - blockColumns;
+}
 
 // The form with this name ("plain", "sse", "avx2", "avx512"), null when it is unknown or this
 // processor lacks it.

@@ -1,7 +1,7 @@
 // The 256-bit form: sixteen pixels at a time, with AVX2.
 //
 // The source is built for these instructions and used only after the processor was asked for
-// them, so nothing in it may be shared with other sources (see vectorFlatness.h).
+// them, so nothing in it may be shared with other sources (see vectorBlocks.h).
 #include "detection/vectorCenters.h"
 #include "detection/vectorFlatness.h"
 #include "detection/vectorRuns.h"
@@ -53,6 +53,7 @@ struct Avx2 {
 
     static Vector least(Vector a, Vector b) { return _mm256_min_epu16(a, b); }
 
+    static Lanes both(Lanes a, Lanes b) { return _mm256_and_si256(a, b); }
     static bool everyLane(const Lanes (&where)[2]) {
         return _mm256_movemask_epi8(_mm256_and_si256(where[0], where[1])) == -1;
     }
@@ -68,10 +69,6 @@ struct Avx2 {
         storeBytes(inOrder(_mm256_packus_epi16(counts[0], counts[1])), marks);
     }
     static void storeNoMarks(std::uint8_t* marks) { storeBytes(_mm256_setzero_si256(), marks); }
-    static bool anyMark(const std::uint8_t* marks) {
-        const Vector bytes = loadBytes(marks);
-        return _mm256_testz_si256(bytes, bytes) == 0;
-    }
     static void clearMarks(const Lanes (&where)[2], std::uint8_t* marks) {
         storeBytes(clearWhere(loadBytes(marks), inOrder(_mm256_packs_epi16(where[0], where[1]))),
                    marks);
@@ -99,7 +96,7 @@ struct Avx2 {
 } // namespace
 
 extern const DetectionKernels avx2Kernels;
-const DetectionKernels avx2Kernels{"avx2", markFlatBlocks<Avx2>, clearBlocksBeyondCut<Avx2>,
+const DetectionKernels avx2Kernels{"avx2", findNearestInBlocks<Avx2>, markBlocksUpTo<Avx2>,
                                    findRunsInBits<Avx2>, addChunksToCenter<Avx2>};
 
 } // namespace QVR

@@ -1,7 +1,7 @@
 // The 512-bit form: a whole block of 32 pixels at a time, with AVX-512 (F, BW, VL).
 //
 // The source is built for these instructions and used only after the processor was asked for
-// them, so nothing in it may be shared with other sources (see vectorFlatness.h).
+// them, so nothing in it may be shared with other sources (see vectorBlocks.h).
 #include "detection/vectorCenters.h"
 #include "detection/vectorFlatness.h"
 #include "detection/vectorRuns.h"
@@ -41,6 +41,7 @@ struct Avx512 {
     static Lanes lessThan(Vector small, Vector limit) {
         return _mm512_cmplt_epu16_mask(small, limit);
     }
+    static Lanes both(Lanes a, Lanes b) { return a & b; }
     static bool everyLane(const Lanes (&where)[1]) { return where[0] == 0xffffffff; }
     static Vector oneLessWhere(Vector a, Lanes where) {
         return _mm512_mask_add_epi16(a, where, a, all(-1));
@@ -60,10 +61,6 @@ struct Avx512 {
         storeBytes(_mm512_cvtepi16_epi8(counts[0]), marks);
     }
     static void storeNoMarks(std::uint8_t* marks) { storeBytes(_mm256_setzero_si256(), marks); }
-    static bool anyMark(const std::uint8_t* marks) {
-        const __m256i bytes = loadBytes(marks);
-        return _mm256_testz_si256(bytes, bytes) == 0;
-    }
     static void clearMarks(const Lanes (&where)[1], std::uint8_t* marks) {
         const __m256i zero = _mm256_setzero_si256();
         storeBytes(_mm256_mask_mov_epi8(loadBytes(marks), where[0], zero), marks);
@@ -85,7 +82,7 @@ struct Avx512 {
 } // namespace
 
 extern const DetectionKernels avx512Kernels;
-const DetectionKernels avx512Kernels{"avx512", markFlatBlocks<Avx512>, clearBlocksBeyondCut<Avx512>,
+const DetectionKernels avx512Kernels{"avx512", findNearestInBlocks<Avx512>, markBlocksUpTo<Avx512>,
                                      findRunsInBits<Avx512>, addChunksToCenter<Avx512>};
 
 } // namespace QVR

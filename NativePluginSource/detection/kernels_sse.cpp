@@ -1,7 +1,7 @@
 // The 128-bit form: eight pixels at a time, with what every 64-bit x86 processor has.
 //
 // The source is built for these instructions and used only after the processor was asked for
-// them, so nothing in it may be shared with other sources (see vectorFlatness.h).
+// them, so nothing in it may be shared with other sources (see vectorBlocks.h).
 #include "detection/vectorCenters.h"
 #include "detection/vectorFlatness.h"
 #include "detection/vectorRuns.h"
@@ -54,6 +54,7 @@ struct Sse {
     // There is no unsigned minimum, but what is left of a - b where a is larger.
     static Vector least(Vector a, Vector b) { return _mm_sub_epi16(a, _mm_subs_epu16(a, b)); }
 
+    static Lanes both(Lanes a, Lanes b) { return _mm_and_si128(a, b); }
     static bool everyLane(const Lanes (&where)[4]) {
         const Lanes all =
             _mm_and_si128(_mm_and_si128(where[0], where[1]), _mm_and_si128(where[2], where[3]));
@@ -72,10 +73,6 @@ struct Sse {
     static void storeNoMarks(std::uint8_t* marks) {
         storeBytes(_mm_setzero_si128(), marks);
         storeBytes(_mm_setzero_si128(), marks + 16);
-    }
-    static bool anyMark(const std::uint8_t* marks) {
-        const Vector both = _mm_or_si128(loadBytes(marks), loadBytes(marks + 16));
-        return _mm_movemask_epi8(_mm_cmpeq_epi8(both, _mm_setzero_si128())) != 0xffff;
     }
     static void clearMarks(const Lanes (&where)[4], std::uint8_t* marks) {
         storeBytes(clearWhere(loadBytes(marks), _mm_packs_epi16(where[0], where[1])), marks);
@@ -104,7 +101,7 @@ struct Sse {
 } // namespace
 
 extern const DetectionKernels sseKernels;
-const DetectionKernels sseKernels{"sse", markFlatBlocks<Sse>, clearBlocksBeyondCut<Sse>,
+const DetectionKernels sseKernels{"sse", findNearestInBlocks<Sse>, markBlocksUpTo<Sse>,
                                   findRunsInBits<Sse>, addChunksToCenter<Sse>};
 
 } // namespace QVR

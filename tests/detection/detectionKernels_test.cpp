@@ -17,7 +17,6 @@ TEST(DetectionKernels, PlainIsAlwaysThere) {
     ASSERT_NE(plain, nullptr);
     EXPECT_STREQ(plain->name, "plain");
     EXPECT_EQ(plain->findRuns, &QVR::findRuns);
-    EXPECT_EQ(plain->clearBeyondCut, &QVR::clearBeyondCut);
     EXPECT_EQ(plain->addRowToCenter, &QVR::addRowToCenter);
 }
 
@@ -57,8 +56,8 @@ TEST(DetectionKernels, FormsShareNoStep) {
     std::size_t count = 0;
     for (const char* name : literal::kernelNames) {
         if (const QVR::DetectionKernels* kernels = QVR::findKernels(name)) {
-            steps.insert(reinterpret_cast<const void*>(kernels->markFlatPixels));
-            steps.insert(reinterpret_cast<const void*>(kernels->clearBeyondCut));
+            steps.insert(reinterpret_cast<const void*>(kernels->findNearest));
+            steps.insert(reinterpret_cast<const void*>(kernels->markUpTo));
             steps.insert(reinterpret_cast<const void*>(kernels->findRuns));
             steps.insert(reinterpret_cast<const void*>(kernels->addRowToCenter));
             count += 4;
@@ -83,14 +82,15 @@ std::size_t counted[4];
 
 const QVR::DetectionKernels countingKernels{
     "counting",
-    [](const QVR::DepthView& image, const QVR::FlatnessSettings& settings, std::uint16_t*,
+    [](const QVR::DepthView& image, const QVR::FlatnessSettings& settings, std::uint8_t*,
        std::uint8_t* mask) {
         counted[0] += 1;
         return QVR::markFlatPixels(image, settings, mask);
     },
-    [](const unsigned short* depth, std::size_t pixelCount, std::uint16_t cut, std::uint8_t* mask) {
+    [](const QVR::DepthView& image, const QVR::FlatnessSettings&, std::uint16_t cut,
+       const std::uint8_t*, std::uint8_t* mask) {
         counted[1] += 1;
-        QVR::clearBeyondCut(depth, pixelCount, cut, mask);
+        QVR::clearBeyondCut(image.pixels, std::size_t{image.width} * image.height, cut, mask);
     },
     [](const std::uint8_t* maskRow, std::uint32_t width, const QVR::RunSettings& settings,
        QVR::BlobRun* runs) {

@@ -10,18 +10,20 @@ namespace {
 
 constexpr std::uint32_t mostColumns = 130;
 
-// Marks one image and cuts it, both compared with the literal algorithm.
+// Finds the nearest flat surface of one image and marks it up to a cut, both compared with the
+// literal algorithm.
 void compareMarks(const QVR::DetectionKernels& kernels, const literal::Image& image,
                   const literal::Settings& settings, std::uint16_t cut) {
     const std::uint32_t width = image.width;
-    // Nothing may depend on what an earlier image left in the strips.
-    std::vector<std::uint16_t> strips(QVR::stripPixels, 1234);
+    const QVR::DepthView view{image.data(), width, image.height};
+    const QVR::FlatnessSettings flatness{settings.nearNoiseCutoff, settings.farLimit,
+                                         settings.flatnessRadius, settings.flatnessThreshold};
+    // Nothing may depend on what an earlier image left behind.
+    std::vector<std::uint8_t> counted(QVR::blocksInRow(width) * image.height, 1);
     std::vector<std::uint8_t> marks(image.pixels.size(), 99);
     const QVR::FlatnessResult result =
-        kernels.markFlatPixels({image.data(), width, image.height},
-                               {settings.nearNoiseCutoff, settings.farLimit,
-                                settings.flatnessRadius, settings.flatnessThreshold},
-                               strips.data(), marks.data());
+        kernels.findNearest(view, flatness, counted.data(), marks.data());
+    kernels.markUpTo(view, flatness, cut, counted.data(), marks.data());
 
     std::uint32_t nearest = 64000;
     bool anyInRange = false;
@@ -37,17 +39,18 @@ void compareMarks(const QVR::DetectionKernels& kernels, const literal::Image& im
             anyInRange = true;
             nearest = mark >= 11 ? std::min<std::uint32_t>(nearest, depth) : nearest;
         }
-        ASSERT_EQ(marks[i], mark) << "pixel " << i << ", radius " << settings.flatnessRadius
-                                  << ", threshold " << settings.flatnessThreshold;
+        ASSERT_EQ(marks[i], depth > cut ? 0 : mark)
+            << "pixel " << i << ", radius " << settings.flatnessRadius << ", threshold "
+            << settings.flatnessThreshold << ", cut " << cut;
     }
     ASSERT_EQ(result.anyInRange, anyInRange);
     ASSERT_EQ(result.nearest, nearest);
+}
 
-    std::vector<std::uint8_t> cutMarks = marks;
-    kernels.clearBeyondCut(image.data(), cutMarks.size(), cut, cutMarks.data());
-    for (std::size_t i = 0; i < marks.size(); ++i) {
-        ASSERT_EQ(cutMarks[i], image.pixels[i] > cut ? 0 : marks[i]) << "cut " << cut;
-    }
+// Mostly a cut that divides the image's pixels.
+std::uint16_t cutWithin(const literal::Image& image, literal::RandomCases& random) {
+    const auto count = static_cast<std::uint32_t>(image.pixels.size());
+    return random.oneIn(4) ? random.depth() : image.pixels[random.below(count)];
 }
 
 using DetectionVariants = literal::EveryForm;
@@ -61,8 +64,7 @@ TEST_P(DetectionVariants, MarksAndCutEqualTheLiteralAlgorithm) {
         for (std::uint32_t height = 1; height <= 9; ++height) {
             const literal::Settings settings = random.settings();
             const literal::Image image = random.image(width, height, settings);
-            const std::uint16_t cut = random.oneIn(4) ? image.pixels[0] : random.depth();
-            compareMarks(*kernels, image, settings, cut);
+            compareMarks(*kernels, image, settings, cutWithin(image, random));
             ASSERT_FALSE(HasFailure()) << width << " x " << height;
         }
     }
@@ -70,13 +72,13 @@ TEST_P(DetectionVariants, MarksAndCutEqualTheLiteralAlgorithm) {
 
 TEST_P(DetectionVariants, MarksOfImagesBeyondEveryRadiusEqualTheLiteralAlgorithm) {
     literal::RandomCases random(7);
-    for (int repeat = 0; repeat < 40; ++repeat) {
+    for (int repeat = 0; repeat < 120; ++repeat) {
         const std::uint32_t width = 32 + random.below(200);
         const std::uint32_t height = 40 + random.below(60);
         literal::Settings settings = random.settings();
         settings.flatnessRadius = static_cast<std::uint32_t>(repeat % 20);
         const literal::Image image = random.image(width, height, settings);
-        compareMarks(*kernels, image, settings, random.depth());
+        compareMarks(*kernels, image, settings, cutWithin(image, random));
         ASSERT_FALSE(HasFailure()) << width << " x " << height;
     }
 }

@@ -50,13 +50,16 @@ TEST_P(PlainSteps, VectorFormsDoWholeFramesThemselves) {
 TEST_P(PlainSteps, MarkingIsHandedOverWhereBlocksDoNotFit) {
     const auto handedOver = [this](std::uint32_t width, literal::Settings settings) {
         const literal::Image image = fingers(width, 8);
-        std::vector<std::uint16_t> strips(QVR::stripPixels);
+        std::vector<std::uint8_t> counted(QVR::blocksInRow(width) * image.height);
         std::vector<std::uint8_t> marks(image.pixels.size());
+        const QVR::DepthView view{image.data(), width, image.height};
+        const QVR::FlatnessSettings flatness{settings.nearNoiseCutoff, settings.farLimit,
+                                             settings.flatnessRadius, settings.flatnessThreshold};
         const std::size_t before = literal::plainMarks();
-        kernels->markFlatPixels({image.data(), width, image.height},
-                                {settings.nearNoiseCutoff, settings.farLimit,
-                                 settings.flatnessRadius, settings.flatnessThreshold},
-                                strips.data(), marks.data());
+        const std::size_t cutsBefore = literal::plainCuts();
+        kernels->findNearest(view, flatness, counted.data(), marks.data());
+        kernels->markUpTo(view, flatness, 1100, counted.data(), marks.data());
+        EXPECT_EQ(literal::plainCuts() - cutsBefore, literal::plainMarks() - before);
         return literal::plainMarks() != before;
     };
     literal::Settings settings;
@@ -95,7 +98,7 @@ TEST_P(PlainSteps, RunsAreHandedOverWhereWordsDoNotFit) {
     EXPECT_TRUE(handedOver(64, {7, 3, 1}));
 }
 
-TEST_P(PlainSteps, CentersAndCutsAreHandedOverBelowOneVector) {
+TEST_P(PlainSteps, CentersAreHandedOverBelowOneVector) {
     const literal::Image image(64, 1, 1000);
     QVR::CenterSums sums;
     std::size_t before = literal::plainSums();
@@ -104,14 +107,6 @@ TEST_P(PlainSteps, CentersAndCutsAreHandedOverBelowOneVector) {
     before = literal::plainSums();
     kernels->addRowToCenter(image.data(), 3, 3 + 6, 0, 1100, 45, sums);
     EXPECT_TRUE(literal::plainSums() != before);
-
-    std::vector<std::uint8_t> marks(64, 1);
-    before = literal::plainCuts();
-    kernels->clearBeyondCut(image.data(), 32, 900, marks.data());
-    EXPECT_EQ(literal::plainCuts() != before, plain());
-    before = literal::plainCuts();
-    kernels->clearBeyondCut(image.data(), 31, 900, marks.data());
-    EXPECT_TRUE(literal::plainCuts() != before);
 }
 
 } // namespace

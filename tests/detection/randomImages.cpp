@@ -65,14 +65,24 @@ std::uint16_t RandomCases::pixel(std::uint32_t kind, std::uint32_t x, std::uint3
         }
     case 7: // fingers before a surface out of range
         return x % 29 < 17 ? near(base, 4) : settings.farLimit;
-    default: // a slope
+    case 8: // a slope away from the first row
         return static_cast<std::uint16_t>(base + 3 * x + 7 * y);
+    case 9: // a slope towards the last row
+        return static_cast<std::uint16_t>(base + 900 - 2 * x - 7 * y);
+    case 10: // plates at many distances, some of them out of range
+        return (x / 37 + y / 5) % 4 == 0 ? std::uint16_t{0}
+                                         : near(base + (x / 37 * 5 + y / 5 * 11) % 13 * 60, 2);
+    default: { // bands of rows: empty, full, and with few pixels in range
+        const std::uint32_t band = (base + y / 7) % 4;
+        return band == 0 || (band == 1 && x % 90 != base % 90) ? settings.farLimit
+                                                               : near(base + 40 * band, 3);
+    }
     }
 }
 
 Image RandomCases::image(std::uint32_t width, std::uint32_t height, const Settings& settings) {
     Image drawn(width, height);
-    const std::uint32_t kind = below(9);
+    const std::uint32_t kind = below(12);
     const auto base = static_cast<std::uint16_t>(settings.nearNoiseCutoff + 1U + below(900));
     for (std::uint32_t y = 0; y < height; ++y) {
         for (std::uint32_t x = 0; x < width; ++x) {
