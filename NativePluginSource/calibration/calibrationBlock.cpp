@@ -34,6 +34,13 @@ int clipDepth(const json11::Json& meters, float depthScale) {
     return truncateToInt(meters.number_value() * static_cast<double>(depthScale));
 }
 
+void deactivate(calibrationBlock& block) {
+    block.cellsX = inactive;
+    block.cellsY = inactive;
+    block.cellsZ = inactive;
+    block.cells.clear();
+}
+
 } // namespace
 
 int calibrationBlock::importCellCalibration(std::string jsonText, float depthScale) {
@@ -111,9 +118,16 @@ void calibrationBlock::importCellCalibration(int imageWidth, int imageHeight, in
         rejectGrid();
         return;
     }
-    cellsX = static_cast<unsigned>(sizeX - 1);
-    cellsY = static_cast<unsigned>(sizeY - 1);
-    cellsZ = static_cast<unsigned>(sizeZ - 1);
+    const auto countX = static_cast<unsigned>(sizeX - 1);
+    const auto countY = static_cast<unsigned>(sizeY - 1);
+    const auto countZ = static_cast<unsigned>(sizeZ - 1);
+    // Inactive until there is memory for the cells: a grid without them would mark every touch as
+    // unusable.
+    deactivate(*this);
+    cells.reserve(std::size_t{countX} * countY * countZ);
+    cellsX = countX;
+    cellsY = countY;
+    cellsZ = countZ;
     width = imageWidth;
     height = imageHeight;
     nearZ = nearClip;
@@ -126,8 +140,6 @@ void calibrationBlock::importCellCalibration(int imageWidth, int imageHeight, in
         return vertices[getIndex(i, j, k, static_cast<unsigned>(sizeX),
                                  static_cast<unsigned>(sizeY))];
     };
-    cells.clear();
-    cells.reserve(std::size_t{cellsX} * cellsY * cellsZ);
     for (unsigned k = 0; k < cellsZ; ++k) {
         for (unsigned j = 0; j < cellsY; ++j) {
             for (unsigned i = 0; i < cellsX; ++i) {
@@ -202,10 +214,7 @@ int calibrationBlock::findCell(double x, double y, double z) const {
 }
 
 void calibrationBlock::rejectGrid() {
-    cellsX = inactive;
-    cellsY = inactive;
-    cellsZ = inactive;
-    cells.clear();
+    deactivate(*this);
     Logger::Log(
         "Error importing calibration! Size of the calibration block does not match data size!");
 }

@@ -33,7 +33,7 @@ class QVR_API calibrationBlock {
     // Builds the grid from sizeX x sizeY x sizeZ measured positions, x fastest, then y, then z,
     // that lie evenly over x 0..width, y 0..height and z nearZ..farZ. Anything but at least two
     // positions along each axis, as many as the sizes say, is logged and leaves the block
-    // inactive.
+    // inactive. So does std::bad_alloc, which is thrown when there is no memory for the cells.
     void importCellCalibration(int imageWidth, int imageHeight, int nearClip, int farClip,
                                int sizeX, int sizeY, int sizeZ,
                                const std::vector<Vector3>& vertices);

@@ -1,10 +1,12 @@
 // The grid itself: its layout, its look-ups and its correction.
 #include "calibration/calibrationBlock.h"
 #include "calibrationFixtures.h"
+#include "camera/FailingAllocation.h"
 #include "support/LogCapture.h"
 
 #include <cmath>
 #include <limits>
+#include <new>
 
 #include <gtest/gtest.h>
 
@@ -221,6 +223,21 @@ TEST(CalibrationBlock, KeepsTheUpperFacesWhereTheDivisionFallsShort) {
     wide.width = 3;
     block = blockOf(wide);
     EXPECT_EQ(block.getCell(3.0, 5.0, 200.0), &block.cells[58]);
+}
+
+TEST(CalibrationBlock, IsInactiveWhenThereIsNoMemoryForItsCells) {
+    calibrationBlock block = blockOf(Grid::identity(2, 2, 2));
+    Grid larger = Grid::identity(3, 3, 3);
+    support::refuseNextAllocationOf(8 * sizeof(calibrationCell));
+    EXPECT_THROW(larger.importInto(block), std::bad_alloc);
+    EXPECT_EQ(block.cellsX, inactive);
+    EXPECT_EQ(block.cellsY, inactive);
+    EXPECT_EQ(block.cellsZ, inactive);
+    EXPECT_TRUE(block.cells.empty());
+    EXPECT_THAT(corrected(block, {1000, 5, 200}), IsPoint(1000, 5, 200));
+
+    larger.importInto(block);
+    EXPECT_EQ(block.cells.size(), 8u);
 }
 
 TEST(CalibrationBlock, LeavesInnerPointsWhereTheyAreWhenNothingIsBent) {
