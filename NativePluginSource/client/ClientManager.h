@@ -101,7 +101,8 @@ class QVR_API ClientManager {
     bool setProjectionMap(const std::string& text, int number);
 
     // Takes over the document's depth image size before and after downsampling. Sizes that are
-    // missing, too small or equal change nothing.
+    // missing, too small or equal change nothing; nor do those of an image larger than
+    // maxImageBytes or than memory, which are logged.
     void handleMiniDepth(const json11::Json& document);
 
     // What follows may be set at any time and outlives the client.

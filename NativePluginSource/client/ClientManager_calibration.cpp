@@ -7,6 +7,9 @@
 #include "foundation/numbers.h"
 #include "foundation/utils.h"
 
+#include <cstdint>
+#include <new>
+
 #include <json11.hpp>
 
 namespace QVR {
@@ -103,9 +106,20 @@ void ClientManager::handleMiniDepth(const json11::Json& document) {
     if (miniX == fullX && miniY == fullY) {
         return;
     }
-    downsampler_ = std::make_unique<ImageDownsampler>(
-        static_cast<unsigned int>(fullX), static_cast<unsigned int>(fullY),
-        static_cast<unsigned int>(miniX), static_cast<unsigned int>(miniY));
+    // No server can send such an image: a header that announces it is refused.
+    if (std::int64_t{miniX} * miniY > maxImageBytes / std::int64_t{sizeof(unsigned short)}) {
+        Logger::Log("WARNING: downsampleDepthX and downsampleDepthY make too large an image and "
+                    "are ignored.");
+        return;
+    }
+    try {
+        downsampler_ = std::make_unique<ImageDownsampler>(
+            static_cast<unsigned int>(fullX), static_cast<unsigned int>(fullY),
+            static_cast<unsigned int>(miniX), static_cast<unsigned int>(miniY));
+    } catch (const std::bad_alloc&) {
+        Logger::Log("WARNING: There is no memory for an image of downsampleDepthX and "
+                    "downsampleDepthY, which are ignored.");
+    }
 }
 
 } // namespace QVR

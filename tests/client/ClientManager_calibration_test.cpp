@@ -273,6 +273,23 @@ TEST_F(ClientManagerCalibration, SizesThatMakeNoDownsamplerKeepTheEarlierOne) {
     }
 }
 
+TEST_F(ClientManagerCalibration, ADownsampledImageThatNoServerCanSendKeepsTheEarlierSizes) {
+    initCalibrated("{" + projectionMap(0, "1000") + "}");
+    EXPECT_EQ(setSizes(R"("downsampleDepthX": 320, "downsampleDepthY": 160, )"), 0);
+    for (const std::string sizes :
+         {R"("downsampleDepthX": 2147483647, "downsampleDepthY": 2147483647, )",
+          R"("downsampleDepthX": 40000, "downsampleDepthY": 40000, )",
+          R"("downsampleDepthX": 16384, "downsampleDepthY": 8193, )"}) {
+        forgetMessages();
+        EXPECT_EQ(setSizes(sizes), 0) << sizes;
+        EXPECT_THAT(messages(),
+                    ElementsAre("WARNING: downsampleDepthX and downsampleDepthY make too large an "
+                                "image and are ignored."))
+            << sizes;
+        expectPoint(calibrated(16, 16, 1000), 50, 100, 500);
+    }
+}
+
 TEST_F(ClientManagerCalibration, ThreeIsTheSmallestSizeOnEachAxis) {
     initCalibrated("{" + projectionMap(0, "1000") + "}");
     std::string error = "noError";

@@ -156,6 +156,31 @@ TEST_F(ClientManagerMemory, AFrameNeedsNoMoreMemory) {
     EXPECT_EQ(client().getNetworkTouches(), touches);
 }
 
+TEST_F(ClientManagerMemory, ADownsampledImageThatDoesNotFitIsALogLineAndTheRestCounts) {
+    LoopbackPeer peer([](LoopbackPeer::Line& line) {
+        line.accept();
+        line.send(bytesOf(support::touchesOnlyHeader()));
+        line.waitUntilClosed();
+    });
+    volume.write("QVR_calibration/touch.json", client_test::identityCalibration());
+    volume.write("touch_projectionMap.json", "{" + client_test::projectionMap(0) + "}");
+    initWith(peer);
+    forgetMessages();
+    largest = 1'000'000;
+    EXPECT_EQ(client().setCalibrationData(client_test::identityCalibration(
+                  R"("downsampleDepthX": 1000, "downsampleDepthY": 1000, )")),
+              0);
+    EXPECT_THAT(messages(),
+                ElementsAre("WARNING: There is no memory for an image of downsampleDepthX and "
+                            "downsampleDepthY, which are ignored."));
+    QVR::Vector3 point{320, 240, 1000};
+    client().applyCalibrationToCoord(point);
+    EXPECT_EQ(point.x, 0.5);
+    EXPECT_EQ(point.y, 0.5);
+    shutDown();
+    EXPECT_EQ(peer.finish(), "");
+}
+
 TEST_F(ClientManagerMemory, ATextThatDoesNotFitIsALogLineAndTheSentinel) {
     initWithoutServer();
     forgetMessages();
