@@ -1,5 +1,7 @@
 #include "Broadcaster.h"
 
+#include "exposure.h"
+
 #include <algorithm>
 #include <cstring>
 #include <utility>
@@ -23,6 +25,9 @@ constexpr std::size_t framesKeptFree = 2;
 
 constexpr std::chrono::nanoseconds shortestTick = 2ms;
 constexpr std::chrono::nanoseconds longestTick = 100ms;
+
+// A hostile network has more addresses than we have memory and readers of the log.
+constexpr std::size_t mostNamedStrangers = 64;
 
 bool same(const QVR::ProtocolHeader& a, const QVR::ProtocolHeader& b) {
     return std::memcmp(&a, &b, sizeof a) == 0;
@@ -89,6 +94,8 @@ void Broadcaster::adopt(const QVR::ProtocolHeader& header, std::shared_ptr<Frame
         idleFrame_.reset();
         feed_.frame.reset();
         count();
+        if (!settings_.endpoint.address().is_loopback())
+            report_(exposureWarning(endpoint(), header_, settings_.allowed), true);
     }
     if (first) {
         accept();
@@ -115,7 +122,27 @@ void Broadcaster::accept() {
     });
 }
 
+bool Broadcaster::mayConnect(const tcp::socket& socket) {
+    error_code gone;
+    const asio::ip::address peer = socket.remote_endpoint(gone).address();
+    if (gone)
+        return false;
+    if (settings_.allowed.admits(peer))
+        return true;
+    ++counters_.refusedPeers;
+    if (strangers_.size() < mostNamedStrangers && strangers_.insert(peer).second) {
+        report_("a client from " + peer.to_string() + " was refused: only these may connect: " +
+                    settings_.allowed.text() + " (see --allow)",
+                true);
+        if (strangers_.size() == mostNamedStrangers)
+            report_("clients from other addresses that are refused will not be named", true);
+    }
+    return false;
+}
+
 void Broadcaster::admit(tcp::socket socket) {
+    if (!mayConnect(socket))
+        return;
     if (connections_.size() >= settings_.maxClients) {
         ++counters_.refusedClients;
         report_("a client was refused: all " + std::to_string(settings_.maxClients) +

@@ -2,6 +2,7 @@
 // frame.
 #pragma once
 
+#include "AllowedPeers.h"
 #include "Connection.h"
 #include "FrameLayout.h"
 #include "FramePool.h"
@@ -13,6 +14,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -24,6 +26,7 @@ namespace server {
 
 struct BroadcasterSettings {
     boost::asio::ip::tcp::endpoint endpoint; // port 0: the system chooses one
+    AllowedPeers allowed = AllowedPeers::thisMachine();
     std::size_t maxClients = 16;
     std::chrono::milliseconds clientTimeout{10000};
     // Silence after which the camera counts as lost, at least; see cameraSilence().
@@ -34,8 +37,9 @@ struct BroadcasterSettings {
 struct BroadcasterCounters {
     std::atomic<std::size_t> clients{0};
     std::atomic<bool> abandoned{false}; // the last client left or was dropped, none came since
-    std::atomic<std::uint64_t> skippedFrames{0}; // summed over the clients
-    std::atomic<std::uint64_t> refusedClients{0};
+    std::atomic<std::uint64_t> skippedFrames{0};  // summed over the clients
+    std::atomic<std::uint64_t> refusedClients{0}; // for want of a place
+    std::atomic<std::uint64_t> refusedPeers{0};   // for their address
     std::atomic<std::uint64_t> droppedClients{0}; // that took nothing for the client time-out
 };
 
@@ -85,6 +89,7 @@ class Broadcaster {
                std::chrono::nanoseconds framePeriod);
     void accept();
     void admit(Connection::Socket socket);
+    bool mayConnect(const Connection::Socket& socket);
     void remove(const std::shared_ptr<Connection>& connection);
     void distribute();
     void keepFramesFree();
@@ -115,6 +120,7 @@ class Broadcaster {
     std::chrono::nanoseconds framePeriod_{};
     FrameFeed feed_;
     std::vector<std::shared_ptr<Connection>> connections_;
+    std::set<boost::asio::ip::address> strangers_; // that were refused and named
     std::uint64_t skippedByFormer_ = 0;
     Clock::time_point lastFrame_;
     Clock::time_point nextIdleFrame_;

@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
+#include <vector>
 
 #include <CLI/CLI.hpp>
 #include <boost/asio/ip/address.hpp>
@@ -31,6 +32,8 @@ Exit codes:
   4  no camera, or it does not start
   5  "touch.json" cannot be used
   6  a camera source (--camera or QVR_CAMERA) that does not exist or cannot be used)";
+
+const std::string seeHelp = "\nqvr-server --help lists the options.";
 
 // "--name" and "--no-name", of which the last one counts; neither leaves `value` empty.
 void addSwitch(CLI::App& app, const std::string& name, std::optional<bool>& value,
@@ -77,12 +80,37 @@ std::string addressProblem(const std::string& text) {
                  : "";
 }
 
+std::string peerProblem(const std::string& text) {
+    return AllowedPeers().add(text) ? ""
+                                    : "'" + text +
+                                          "' is no address, no network such as 192.168.1.0/24 or "
+                                          "fd00::/8, and not 'any'";
+}
+
+// Whoever opens the server to others has to say to whom.
+AllowedPeers allowedPeers(const std::string& bindAddress, const std::vector<std::string>& allow) {
+    AllowedPeers peers;
+    for (const std::string& text : allow)
+        peers.add(text);
+    if (!peers.empty())
+        return peers;
+    if (!boost::asio::ip::make_address(bindAddress).is_loopback())
+        throw ServerError(exitBadOption,
+                          "--bind " + bindAddress +
+                              " shows others what the camera sees. Say who may connect: add "
+                              "--allow ADDR/PREFIX, such as --allow 192.168.1.0/24, as often as "
+                              "needed, or --allow any for everyone who can reach it" +
+                              seeHelp);
+    return AllowedPeers::thisMachine();
+}
+
 } // namespace
 
 std::optional<Options> parseOptions(int argc, const char* const* argv) {
     Options options;
     double stats = 0.0;
     double clientTimeout = 10.0;
+    std::vector<std::string> allow;
 
     CLI::App app(description, "qvr-server");
     app.formatter(std::make_shared<Formatter>());
@@ -97,10 +125,16 @@ std::optional<Options> parseOptions(int argc, const char* const* argv) {
         ->type_name("N")
         ->check(between(0.0, 65535.0, "a port from 0 to 65535"));
     app.add_option("--bind", options.bindAddress,
-                   "Address to listen on (default: 127.0.0.1). Whoever can reach it sees the "
-                   "pictures of the camera")
+                   "Address to listen on (default: 127.0.0.1, which only this machine can "
+                   "reach). Others need --allow")
         ->type_name("ADDR")
         ->check(CLI::Validator(addressProblem, ""));
+    app.add_option("--allow", allow,
+                   "Who may connect: an address, a network, or any; may be given several times "
+                   "(default: this machine)")
+        ->type_name("ADDR[/PREFIX]")
+        ->allow_extra_args(false)
+        ->check(CLI::Validator(peerProblem, ""));
     app.add_flag("--keep-running", options.keepRunning,
                  "Stay when the last client has gone, whatever the document says");
     addSwitch(app, "color", options.color, "Send the colour image");
@@ -136,10 +170,10 @@ std::optional<Options> parseOptions(int argc, const char* const* argv) {
         std::fflush(stdout);
         return std::nullopt;
     } catch (const CLI::ParseError& error) {
-        throw ServerError(exitBadOption,
-                          std::string(error.what()) + "\nqvr-server --help lists the options.");
+        throw ServerError(exitBadOption, error.what() + seeHelp);
     }
 
+    options.allowed = allowedPeers(options.bindAddress, allow);
     if (statsOption->count() != 0)
         options.statsInterval = std::chrono::duration<double>(stats);
     options.clientTimeout = std::chrono::milliseconds(

@@ -1,6 +1,8 @@
 // What the command line asks for.
 #pragma once
 
+#include "AllowedPeers.h"
+
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
@@ -13,6 +15,7 @@ struct Options {
     std::optional<std::string> camera; // URI of a camera source; else QVR_CAMERA, else hardware
     std::optional<std::uint16_t> port; // 0: the system chooses; else the document's, else 27016
     std::string bindAddress = "127.0.0.1";
+    AllowedPeers allowed; // who may connect to that address
     bool keepRunning = false;
 
     // Override the switches of the calibration document.

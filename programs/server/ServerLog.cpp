@@ -43,7 +43,8 @@ constexpr std::array<std::string_view, 12> importantBeginnings = {
 // With this message the pipeline announces that a frame failed; the next one says why.
 constexpr std::string_view failureAnnouncement = "cameraManager::internalUpdate() e:";
 
-// A setting that is wrong in every frame would fill the terminal sixty times a second.
+// A setting that is wrong in every frame would fill the terminal sixty times a second, and so
+// would a client that is refused and comes again at once.
 class RepetitionFilter {
   public:
     bool isNew(const std::string& message, Clock::time_point now) {
@@ -89,6 +90,13 @@ void ServerLog::setVerbose(bool verbose) {
 void ServerLog::notice(const std::string& text) {
     const std::lock_guard lock(outputMutex);
     print("qvr-server: " + text);
+}
+
+void ServerLog::noticeSparingly(const std::string& text) {
+    static RepetitionFilter repetitions;
+    const std::lock_guard lock(outputMutex);
+    if (verboseLog || repetitions.isNew(text, Clock::now()))
+        print("qvr-server: " + text);
 }
 
 void ServerLog::detail(const std::string& text) {

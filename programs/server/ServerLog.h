@@ -14,6 +14,9 @@ class ServerLog {
 
     // A line of the server's own that is always shown.
     static void notice(const std::string& text);
+    // The same for what others can make happen again and again: the same text only once in ten
+    // seconds.
+    static void noticeSparingly(const std::string& text);
     // A line of the server's own for --verbose.
     static void detail(const std::string& text);
 

@@ -41,6 +41,7 @@ BroadcasterSettings networkSettings(const Options& options, int documentPort) {
     BroadcasterSettings settings;
     settings.endpoint = {asio::ip::make_address(options.bindAddress),
                          chosenPort(options, documentPort)};
+    settings.allowed = options.allowed;
     settings.maxClients = options.maxClients;
     settings.clientTimeout = options.clientTimeout;
     settings.cameraTimeout = CameraLoop::cameraTimeout;
@@ -49,7 +50,7 @@ BroadcasterSettings networkSettings(const Options& options, int documentPort) {
 
 void report(const std::string& text, bool important) {
     if (important)
-        ServerLog::notice(text);
+        ServerLog::noticeSparingly(text);
     else
         ServerLog::detail(text);
 }

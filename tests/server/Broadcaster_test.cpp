@@ -316,6 +316,45 @@ TEST(Broadcaster, RefusesOneClientTooMany) {
     EXPECT_EQ(numberOf(admitted.readFrame()), 1U);
 }
 
+#ifdef __linux__ // where every address of 127.0.0.0/8 is this machine's
+TEST(Broadcaster, RefusesAStrangerAtOnceAndNamesItOnce) {
+    server::BroadcasterSettings settings = patient();
+    settings.allowed = {};
+    ASSERT_TRUE(settings.allowed.add("127.0.0.1"));
+    RunningBroadcaster running(settings);
+    running.announce(wordsHeader(100));
+    running.publish(1);
+    for (int i = 0; i < 3; ++i) {
+        RawClient stranger = RawClient::from("127.0.0.2", running.port());
+        EXPECT_EQ(stranger.bytesUntilClosed(), 0U);
+    }
+    RawClient other = RawClient::from("127.0.0.3", running.port());
+    EXPECT_EQ(other.bytesUntilClosed(), 0U);
+    EXPECT_EQ(running.broadcaster.counters().refusedPeers, 4U);
+    EXPECT_EQ(running.broadcaster.counters().clients, 0U);
+    EXPECT_FALSE(running.broadcaster.counters().abandoned);
+    const std::string end = " was refused: only these may connect: 127.0.0.1 (see --allow)";
+    EXPECT_THAT(running.reports(), testing::ElementsAre("a client from 127.0.0.2" + end,
+                                                        "a client from 127.0.0.3" + end));
+    RawClient welcome(running.port());
+    welcome.readHeader();
+    EXPECT_EQ(numberOf(welcome.readFrame()), 1U);
+}
+
+TEST(Broadcaster, StopsNamingStrangersWhenThereAreMany) {
+    server::BroadcasterSettings settings = patient();
+    settings.allowed = {};
+    RunningBroadcaster running(settings);
+    running.announce(wordsHeader(100));
+    for (int i = 1; i <= 80; ++i)
+        RawClient::from("127.0.1." + std::to_string(i), running.port()).waitUntilClosed();
+    EXPECT_EQ(running.broadcaster.counters().refusedPeers, 80U);
+    const std::vector<std::string> reports = running.reports();
+    ASSERT_EQ(reports.size(), 65U);
+    EXPECT_EQ(reports.back(), "clients from other addresses that are refused will not be named");
+}
+#endif
+
 TEST(Broadcaster, ThrowsAwayWhatClientsSend) {
     RunningBroadcaster running(patient());
     running.announce(wordsHeader(1000));

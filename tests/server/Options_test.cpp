@@ -41,6 +41,7 @@ std::string output(const std::string& argument) {
 TEST(Options, HaveDefaultsThatKeepPicturesOnThisMachine) {
     const Options options = parse({}).value();
     EXPECT_EQ(options.bindAddress, "127.0.0.1");
+    EXPECT_EQ(options.allowed.text(), "127.0.0.0/8, ::1");
     EXPECT_FALSE(options.camera);
     EXPECT_FALSE(options.port);
     EXPECT_FALSE(options.keepRunning);
@@ -61,6 +62,10 @@ TEST(Options, TakeEveryOption) {
                                    "0",
                                    "--bind",
                                    "::1",
+                                   "--allow",
+                                   "192.168.1.0/24",
+                                   "--allow",
+                                   "fd00::/8",
                                    "--keep-running",
                                    "--color",
                                    "--no-depth",
@@ -82,6 +87,7 @@ TEST(Options, TakeEveryOption) {
     EXPECT_EQ(options.camera, "simulated:seed=3");
     EXPECT_EQ(options.port, 0);
     EXPECT_EQ(options.bindAddress, "::1");
+    EXPECT_EQ(options.allowed.text(), "192.168.1.0/24, fd00::/8");
     EXPECT_TRUE(options.keepRunning);
     EXPECT_EQ(options.color, true);
     EXPECT_EQ(options.depth, false);
@@ -123,13 +129,33 @@ TEST(Options, NameTheBadOne) {
     EXPECT_THAT(problem({"--bogus"}), HasSubstr("qvr-server --help lists the options."));
 }
 
+TEST(Options, OpenTheServerToOthersOnlyWithAWordOnWhoTheyAre) {
+    EXPECT_EQ(problem({"--bind", "0.0.0.0"}),
+              "--bind 0.0.0.0 shows others what the camera sees. Say who may connect: add --allow "
+              "ADDR/PREFIX, such as --allow 192.168.1.0/24, as often as needed, or --allow any for "
+              "everyone who can reach it\nqvr-server --help lists the options.");
+    for (const char* address : {"::", "192.168.1.5", "fe80::1", "128.0.0.1", "::ffff:127.0.0.1"})
+        EXPECT_THAT(problem({"--bind", address}), HasSubstr("--allow")) << address;
+    for (const char* address : {"127.0.0.1", "127.1.2.3", "::1"})
+        EXPECT_EQ(problem({"--bind", address}), "") << address;
+    EXPECT_EQ(parse({"--bind", "0.0.0.0", "--allow", "any"})->allowed.text(), "any");
+    EXPECT_EQ(parse({"--bind", "::", "--allow", "10.0.0.7"})->allowed.text(), "10.0.0.7");
+    // Not even this machine is let in unsaid once somebody is named.
+    EXPECT_EQ(parse({"--allow", "127.0.0.1"})->allowed.text(), "127.0.0.1");
+    EXPECT_THAT(problem({"--bind", "0.0.0.0", "--allow", "everyone"}),
+                HasSubstr("'everyone' is no address, no network such as 192.168.1.0/24 or "
+                          "fd00::/8, and not 'any'"));
+    EXPECT_THAT(problem({"--allow"}), HasSubstr("--allow"));
+    EXPECT_THAT(problem({"--allow", "10.0.0.7", "10.0.0.8"}), HasSubstr("10.0.0.8"));
+}
+
 TEST(Options, HelpListsEveryOptionAndExitCode) {
     const std::string help = output("--help");
     for (const char* option :
-         {"--camera URI", "--port N", "--bind ADDR", "--keep-running", "--color,--no-color ",
-          "--depth,--no-depth ", "--processed,--no-processed ", "--touch,--no-touch ",
-          "--raw-touches", "--frames N", "--stats SECONDS", "--verbose", "--touch-log FILE",
-          "--client-timeout SECONDS", "--max-clients N", "--help", "--version"})
+         {"--camera URI", "--port N", "--bind ADDR", "--allow ADDR[/PREFIX]", "--keep-running",
+          "--color,--no-color ", "--depth,--no-depth ", "--processed,--no-processed ",
+          "--touch,--no-touch ", "--raw-touches", "--frames N", "--stats SECONDS", "--verbose",
+          "--touch-log FILE", "--client-timeout SECONDS", "--max-clients N", "--help", "--version"})
         EXPECT_THAT(help, HasSubstr(option));
     for (const char* code : {"\n  0  ", "\n  2  ", "\n  3  ", "\n  4  ", "\n  5  ", "\n  6  "})
         EXPECT_THAT(help, HasSubstr(code));

@@ -24,19 +24,32 @@ std::size_t product(std::uint32_t x, std::uint32_t y, std::uint32_t channels,
 
 } // namespace
 
-RawClient::RawClient(std::uint16_t port, int receiveBuffer)
-    : descriptor_(::socket(AF_INET, SOCK_STREAM, 0)) {
+RawClient::RawClient() : descriptor_(::socket(AF_INET, SOCK_STREAM, 0)) {}
+
+RawClient::RawClient(std::uint16_t port, int receiveBuffer) : RawClient() {
     if (receiveBuffer != 0)
         ::setsockopt(descriptor_, SOL_SOCKET, SO_RCVBUF, &receiveBuffer, sizeof receiveBuffer);
+    connect(port);
+}
+
+RawClient RawClient::from(const std::string& address, std::uint16_t port) {
+    RawClient client;
+    sockaddr_in source{};
+    source.sin_family = AF_INET;
+    if (::inet_pton(AF_INET, address.c_str(), &source.sin_addr) != 1 ||
+        ::bind(client.descriptor_, reinterpret_cast<const sockaddr*>(&source), sizeof source) != 0)
+        throw std::runtime_error("cannot connect from " + address);
+    client.connect(port);
+    return client;
+}
+
+void RawClient::connect(std::uint16_t port) {
     sockaddr_in address{};
     address.sin_family = AF_INET;
     address.sin_port = htons(port);
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    if (::connect(descriptor_, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
-        const int error = errno;
-        close();
-        throw std::runtime_error(std::string("cannot connect: ") + std::strerror(error));
-    }
+    if (::connect(descriptor_, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0)
+        throw std::runtime_error(std::string("cannot connect: ") + std::strerror(errno));
 }
 
 RawClient::~RawClient() {
@@ -110,6 +123,19 @@ bool RawClient::waitUntilClosed() {
             return false;
         if (*count == 0)
             return true;
+    }
+}
+
+std::size_t RawClient::bytesUntilClosed() {
+    Bytes bytes(65536);
+    std::size_t sum = 0;
+    for (;;) {
+        const std::optional<std::size_t> count = readSome(bytes.data(), bytes.size());
+        if (!count)
+            throw std::runtime_error("nothing came for ten seconds");
+        if (*count == 0)
+            return sum;
+        sum += *count;
     }
 }
 

@@ -18,6 +18,9 @@ class RawClient {
     // Throws when nobody listens there. `receiveBuffer`: bytes that the system may hold unread;
     // 0 leaves it to the system.
     explicit RawClient(std::uint16_t port, int receiveBuffer = 0);
+    // One that connects from another address of this machine, such as 127.0.0.2. Throws as well
+    // when this machine does not have the address.
+    static RawClient from(const std::string& address, std::uint16_t port);
     ~RawClient();
     RawClient(RawClient&& other) noexcept;
     RawClient& operator=(RawClient&&) = delete;
@@ -33,6 +36,8 @@ class RawClient {
 
     // True when the connection ends within ten seconds; what comes before is thrown away.
     bool waitUntilClosed();
+    // How many bytes come before the connection ends; throws when ten seconds pass without any.
+    std::size_t bytesUntilClosed();
     // Whether something is there to read, or the end, within `milliseconds`.
     bool readable(int milliseconds);
 
@@ -41,6 +46,8 @@ class RawClient {
     void close();
 
   private:
+    RawClient();
+    void connect(std::uint16_t port);
     // Fills `bytes`.
     void readInto(Bytes& bytes);
     // Bytes read, 0 at the end or after an error; nothing after ten seconds.

@@ -57,6 +57,17 @@ TEST_F(ServerLogTest, KeepsTheRestForVerbose) {
     EXPECT_EQ(heard(talk), "some progress\nqvr-server: a client came\n");
 }
 
+TEST_F(ServerLogTest, SaysOnceWhatOthersCanMakeHappenAgainAndAgain) {
+    const auto talk = [] {
+        ServerLog::noticeSparingly("a client was refused");
+        ServerLog::noticeSparingly("a client was refused");
+        ServerLog::noticeSparingly("another client was refused");
+    };
+    EXPECT_EQ(heard(talk), "qvr-server: a client was refused\n"
+                           "qvr-server: another client was refused\n");
+    EXPECT_EQ(heard(talk), "");
+}
+
 TEST_F(ServerLogTest, SaysTheSameThingOnce) {
     const auto talk = [] {
         for (int frame = 0; frame < 100; ++frame) {

@@ -76,13 +76,14 @@ bool ServerProcess::running() {
 }
 
 std::uint16_t ServerProcess::waitForPort() {
-    const std::string line = "listening on 127.0.0.1:";
+    const std::string line = "listening on ";
     const auto end = Clock::now() + patience;
     while (Clock::now() < end && running()) {
         const std::string said = output();
         const std::size_t place = said.find(line);
-        if (place != std::string::npos && said.find('\n', place) != std::string::npos)
-            return static_cast<std::uint16_t>(std::stoi(said.substr(place + line.size())));
+        const std::size_t lineEnd = said.find('\n', place);
+        if (place != std::string::npos && lineEnd != std::string::npos)
+            return static_cast<std::uint16_t>(std::stoi(said.substr(said.rfind(':', lineEnd) + 1)));
         std::this_thread::sleep_for(5ms);
     }
     throw std::runtime_error("the server does not listen; it said: " + output() + errors());

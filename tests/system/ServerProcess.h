@@ -21,7 +21,7 @@ class ServerProcess {
     ServerProcess(const ServerProcess&) = delete;
     ServerProcess& operator=(const ServerProcess&) = delete;
 
-    // The port in its line "listening on 127.0.0.1:PORT"; throws with what it said instead when
+    // The port in its line "listening on ADDRESS:PORT"; throws with what it said instead when
     // the line does not come within 20 seconds.
     std::uint16_t waitForPort();
 

@@ -293,6 +293,50 @@ TEST_F(Server, ListensOnTheDocumentsPort) {
     EXPECT_EQ(server.waitForPort(), port);
 }
 
+TEST_F(Server, ListensOnThisMachineOnly) {
+    ServerProcess server(folder.path(), withCamera({}));
+    server.waitForPort();
+    EXPECT_THAT(server.output(), testing::StartsWith("listening on 127.0.0.1:"));
+    EXPECT_THAT(server.errors(), testing::Not(HasSubstr("whoever reaches")));
+}
+
+TEST_F(Server, OpensToOthersOnlyWhenToldToWhom) {
+    ServerProcess unsaid(folder.path(), withCamera({"--bind", "0.0.0.0"}));
+    EXPECT_EQ(unsaid.waitForEnd(), 2);
+    EXPECT_THAT(unsaid.errors(), HasSubstr("add --allow ADDR/PREFIX"));
+    EXPECT_EQ(unsaid.output(), "");
+}
+
+#ifdef __linux__ // where every address of 127.0.0.0/8 is this machine's
+TEST_F(Server, SaysWhatItExposesAndRefusesStrangers) {
+    ServerProcess server(folder.path(), withCamera({"--bind", "0.0.0.0", "--allow", "127.0.0.1",
+                                                    "--keep-running", "--processed"}));
+    const std::uint16_t port = server.waitForPort();
+    EXPECT_EQ(RawClient::from("127.0.0.2", port).bytesUntilClosed(), 0U);
+    RawClient client(port);
+    client.readHeader();
+    client.readFrame();
+    server.signal(SIGTERM);
+    EXPECT_EQ(endsSoon(server), 0);
+    const std::string number = std::to_string(port);
+    EXPECT_THAT(server.errors(),
+                HasSubstr("qvr-server: WARNING: whoever reaches 0.0.0.0:" + number +
+                          " from an allowed address (127.0.0.1) gets touches, depth images and "
+                          "the detection's mask, without a password and unencrypted\n"));
+    EXPECT_THAT(server.errors(), HasSubstr("qvr-server: a client from 127.0.0.2 was refused: only "
+                                           "these may connect: 127.0.0.1 (see --allow)\n"));
+}
+#endif
+
+TEST_F(Server, SendsNoColourUnlessTold) {
+    ServerProcess server(folder.path(), withCamera({}));
+    RawClient client(server.waitForPort());
+    const QVR::ProtocolHeader header = client.readHeader();
+    EXPECT_EQ(header.colorChannels, 0U);
+    EXPECT_EQ(header.processedChannels, 0U);
+    EXPECT_EQ(client.readFrame().size(), 280U + width * height * 2U);
+}
+
 TEST_F(Server, SendsWhatTheSwitchesSay) {
     writeDocument(R"("color": true, "processed": true, "touch": false)");
     ServerProcess server(folder.path(), withCamera({"--no-color", "--touch"}));
