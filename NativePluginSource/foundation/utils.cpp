@@ -3,7 +3,10 @@
 #include "foundation/mountedVolumes.h"
 
 #include <array>
+#include <cstdint>
+#include <filesystem>
 #include <fstream>
+#include <system_error>
 
 #include <unistd.h>
 
@@ -16,6 +19,20 @@ const std::string utils::calibrationFileDir = "QVR_calibration";
 const std::string utils::distortionMapFilePath = calibrationFileDir + "/" + distortionMapFileName;
 const std::string utils::projectionMapFilePath = calibrationFileDir + "/" + projectionMapFileName;
 const std::string utils::clientSettingsFilePath = calibrationFileDir + "/" + clientSettingsFileName;
+
+namespace {
+
+// Far beyond any calibration, and little enough to hold in a host's memory.
+constexpr std::uintmax_t largestDocument = 64 * 1024 * 1024;
+
+// A pipe or a device in the place of a document may have no end, or never begin.
+bool isDocument(const std::string& path) {
+    std::error_code error;
+    return std::filesystem::is_regular_file(path, error) &&
+           std::filesystem::file_size(path, error) <= largestDocument;
+}
+
+} // namespace
 
 std::string utils::findFilePath(std::string relativePath) {
     for (const std::string& volume : mountedVolumes()) {
@@ -30,7 +47,7 @@ std::string utils::findFilePath(std::string relativePath) {
 }
 
 std::string utils::readFileContent(const std::string& path) {
-    if (access(path.c_str(), R_OK) < 0) {
+    if (access(path.c_str(), R_OK) < 0 || !isDocument(path)) {
         return "";
     }
     std::ifstream file(path);

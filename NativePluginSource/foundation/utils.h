@@ -28,7 +28,8 @@ class QVR_API utils {
     // relativePath; the argument itself when no volume has one. Any thread.
     static std::string findFilePath(std::string relativePath);
 
-    // The whole file, or "" when it cannot be read. Logs nothing. Any thread.
+    // The whole file, or "" when it cannot be read, is a folder, pipe or device, or is larger than
+    // 64 MiB. Logs nothing. Any thread.
     static std::string readFileContent(const std::string& path);
 
     // The pieces of `text`, not null, between delimiters, empty ones included; an empty text is

@@ -8,6 +8,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 using QVR::utils;
@@ -83,6 +84,27 @@ TEST(ReadFileContent, IsEmptyForADanglingLink) {
 TEST(ReadFileContent, IsEmptyForAFolder) {
     const TemporaryFolder folder;
     EXPECT_EQ(utils::readFileContent(folder.path()), "");
+}
+
+// Anybody can put one in the place of a document on a volume of theirs.
+TEST(ReadFileContent, IsEmptyForAPipeOrDevice) {
+    const TemporaryFolder folder;
+    const std::string pipe = folder.path() + "/pipe";
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    EXPECT_EQ(utils::readFileContent(pipe), "");
+    const std::string endless = folder.path() + "/endless";
+    std::filesystem::create_symlink("/dev/zero", endless);
+    EXPECT_EQ(utils::readFileContent(endless), "");
+}
+
+TEST(ReadFileContent, IsEmptyForAFileThatNoDocumentIsAsLargeAs) {
+    const TemporaryFolder folder;
+    const std::string file = folder.write("file", "{}");
+    constexpr std::size_t largest = 64 << 20;
+    std::filesystem::resize_file(file, largest);
+    EXPECT_EQ(utils::readFileContent(file).size(), largest);
+    std::filesystem::resize_file(file, largest + 1);
+    EXPECT_EQ(utils::readFileContent(file), "");
 }
 
 TEST(ReadFileContent, IsEmptyForAFileWithoutReadPermission) {
