@@ -50,8 +50,8 @@ TEST(AllowedPeers, AreOneAddress) {
 
 TEST(AllowedPeers, AreNetworksToTheBit) {
     const AllowedPeers peers = allow({"192.168.1.77/24", "10.0.0.4/30", "fd00:1::/33"});
-    for (const char* address : {"192.168.1.0", "192.168.1.255", "10.0.0.4", "10.0.0.7", "fd00:1::",
-                                "fd00:1:7fff:ffff:ffff:ffff:ffff:ffff"})
+    for (const char* address : {"192.168.1.0", "192.168.1.255", "10.0.0.4", "10.0.0.7",
+                                "fd00:1::", "fd00:1:7fff:ffff:ffff:ffff:ffff:ffff"})
         EXPECT_TRUE(admits(peers, address)) << address;
     for (const char* address :
          {"192.168.0.255", "192.168.2.0", "10.0.0.3", "10.0.0.8", "fd00:0:ffff::", "fd00:1:8000::"})
@@ -82,8 +82,8 @@ TEST(AllowedPeers, AreAnybodyOnlyWhenSaid) {
 TEST(AllowedPeers, TakeNothingElse) {
     AllowedPeers peers;
     for (const char* text : {"", "all", "ANY", "localhost", "1.2.3", "1.2.3.4/", "1.2.3.4/33",
-                             "1.2.3.4/-1", "1.2.3.4/8x", "1.2.3.4/4294967320", "fd00::/129",
-                             "/24", "any/8", "1.2.3.4 ", "1.2.3.4,5.6.7.8"})
+                             "1.2.3.4/-1", "1.2.3.4/8x", "1.2.3.4/4294967320", "fd00::/129", "/24",
+                             "any/8", "1.2.3.4 ", "1.2.3.4,5.6.7.8"})
         EXPECT_FALSE(peers.add(text)) << text;
     EXPECT_TRUE(peers.empty());
     EXPECT_EQ(peers.text(), "");

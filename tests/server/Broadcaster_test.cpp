@@ -355,6 +355,19 @@ TEST(Broadcaster, StopsNamingStrangersWhenThereAreMany) {
 }
 #endif
 
+TEST(Broadcaster, SaysAnewWhatItExposesWhenThatChanges) {
+    RunningBroadcaster running(patient(), boost::asio::ip::address_v4::any());
+    QVR::ProtocolHeader header = touchHeader();
+    running.announce(header);
+    running.announce(header);
+    EXPECT_THAT(running.reports(),
+                testing::ElementsAre(testing::HasSubstr("gets touches and depth images,")));
+    header.colorX = header.colorY = header.colorChannels = header.colorDepth = 1;
+    running.announce(header);
+    EXPECT_THAT(running.reports(), testing::Contains(testing::HasSubstr(
+                                       "gets touches, colour images and depth images,")));
+}
+
 TEST(Broadcaster, ThrowsAwayWhatClientsSend) {
     RunningBroadcaster running(patient());
     running.announce(wordsHeader(1000));

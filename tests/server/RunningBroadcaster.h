@@ -20,9 +20,11 @@ namespace support {
 
 class RunningBroadcaster {
   public:
-    explicit RunningBroadcaster(server::BroadcasterSettings settings = {})
+    explicit RunningBroadcaster(
+        server::BroadcasterSettings settings = {},
+        const boost::asio::ip::address& address = boost::asio::ip::address_v4::loopback())
         : work_(context_.get_executor()),
-          broadcaster(context_, onLoopback(std::move(settings)),
+          broadcaster(context_, on(address, std::move(settings)),
                       [this](const std::string& text, bool important) {
                           if (important)
                               reports_.push_back(text);
@@ -91,8 +93,9 @@ class RunningBroadcaster {
     }
 
   private:
-    static server::BroadcasterSettings onLoopback(server::BroadcasterSettings settings) {
-        settings.endpoint = {boost::asio::ip::address_v4::loopback(), 0};
+    static server::BroadcasterSettings on(const boost::asio::ip::address& address,
+                                          server::BroadcasterSettings settings) {
+        settings.endpoint = {address, 0};
         return settings;
     }
 

@@ -300,6 +300,14 @@ TEST_F(Server, ListensOnThisMachineOnly) {
     EXPECT_THAT(server.errors(), testing::Not(HasSubstr("whoever reaches")));
 }
 
+TEST_F(Server, IsOpenedToOthersByNoDocument) {
+    writeDocument(
+        R"("bind": "0.0.0.0", "allow": "any", "bindAddress": "0.0.0.0", "ip": "0.0.0.0")");
+    ServerProcess server(folder.path(), withCamera({}));
+    server.waitForPort();
+    EXPECT_THAT(server.output(), testing::StartsWith("listening on 127.0.0.1:"));
+}
+
 TEST_F(Server, OpensToOthersOnlyWhenToldToWhom) {
     ServerProcess unsaid(folder.path(), withCamera({"--bind", "0.0.0.0"}));
     EXPECT_EQ(unsaid.waitForEnd(), 2);
