@@ -34,11 +34,14 @@ void requireVersion(int version) {
 camera::Enumeration enumerationOf(const std::string& uri) {
     // Opened at once, so that a wrong URI is reported here; the first context takes it over and
     // later ones open it anew.
-    auto opened = std::make_shared<std::unique_ptr<camera::FrameSource>>(camera::makeSource(uri));
-    return [uri, opened] {
-        auto source = *opened ? std::move(*opened) : camera::makeSource(uri);
+    const camera::SourceOpener open = camera::sourceOpener(uri);
+    auto opened = std::make_shared<std::unique_ptr<camera::FrameSource>>(open());
+    return [open, opened] {
+        auto source = *opened ? std::move(*opened) : open();
         std::vector<std::unique_ptr<camera::Device>> devices;
-        devices.push_back(std::make_unique<camera::StreamDevice>(std::move(source)));
+        if (source) {
+            devices.push_back(std::make_unique<camera::StreamDevice>(std::move(source)));
+        }
         return devices;
     };
 }

@@ -4,6 +4,8 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
+#include <memory>
 #include <span>
 #include <string>
 
@@ -55,5 +57,8 @@ class FrameSource {
     // The truth behind frame `number`, when the source knows it.
     virtual rs_scene_truth truth(std::uint64_t number) const = 0;
 };
+
+// Opens what a user chose, as often as called; null while there is no such camera.
+using SourceOpener = std::function<std::unique_ptr<FrameSource>()>;
 
 } // namespace camera

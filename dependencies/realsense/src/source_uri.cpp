@@ -62,16 +62,20 @@ SourceOptions parseSourceUri(std::string_view uri) {
     return {scheme, positional, std::move(values)};
 }
 
-std::unique_ptr<FrameSource> makeSource(const std::string& uri) {
+SourceOpener sourceOpener(const std::string& uri) {
     const SourceOptions options = parseSourceUri(uri);
     if (options.scheme() == "simulated") {
-        return makeSimulatedSource(options);
+        return simulatedSourceOpener(options);
     }
     if (options.scheme() == "images") {
-        return std::make_unique<ImageFolderSource>(options);
+        return [options] { return std::make_unique<ImageFolderSource>(options); };
     }
     throw std::runtime_error("unknown camera source \"" + options.scheme() +
                              "\"; accepted: simulated, images:DIR");
+}
+
+std::unique_ptr<FrameSource> makeSource(const std::string& uri) {
+    return sourceOpener(uri)();
 }
 
 std::vector<std::unique_ptr<Device>> defaultDevices() {

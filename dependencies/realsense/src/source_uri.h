@@ -17,7 +17,10 @@ namespace camera {
 // Throws std::runtime_error for an item without a key behind it.
 SourceOptions parseSourceUri(std::string_view uri);
 
-// Makes the source that `uri` chooses; throws std::runtime_error, saying what is accepted.
+// Opens the source that `uri` chooses. Making it or opening throws std::runtime_error, which says
+// what is accepted.
+SourceOpener sourceOpener(const std::string& uri);
+// The first one that it opens.
 std::unique_ptr<FrameSource> makeSource(const std::string& uri);
 
 // What a context enumerates when the program has chosen nothing: the source in the environment

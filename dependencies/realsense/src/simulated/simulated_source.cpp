@@ -3,6 +3,7 @@
 #include "simulated/choreography.h"
 #include "simulated/color_renderer.h"
 #include "simulated/depth_renderer.h"
+#include "simulated/faults.h"
 #include "simulated/hand_model.h"
 #include "simulated/scene_geometry.h"
 #include "simulated/sensor.h"
@@ -61,7 +62,7 @@ ImageSize onlySize(const SourceOptions& options, std::string_view key) {
 Settings settingsFrom(const SourceOptions& options) {
     options.acceptNoPositional();
     options.acceptOnly({"scene", "fingers", "seed", "speed", "noise", "holes", "bend", "tilt",
-                        "surface", "pace", "depth", "color", "fps"});
+                        "surface", "pace", "depth", "color", "fps", "fault", "lasting"});
     const std::string scene =
         options.choice("scene", sceneNames[0],
                        {sceneNames[0], sceneNames[1], sceneNames[2], sceneNames[3], sceneNames[4],
@@ -201,8 +202,14 @@ class SimulatedSource final : public FrameSource {
 
 } // namespace
 
+SourceOpener simulatedSourceOpener(const SourceOptions& options) {
+    return [settings = settingsFrom(options), course = std::make_shared<FaultCourse>(options)] {
+        return underFaults(std::make_unique<SimulatedSource>(settings), course);
+    };
+}
+
 std::unique_ptr<FrameSource> makeSimulatedSource(const SourceOptions& options) {
-    return std::make_unique<SimulatedSource>(settingsFrom(options));
+    return simulatedSourceOpener(options)();
 }
 
 } // namespace camera

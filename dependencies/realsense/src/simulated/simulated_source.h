@@ -27,7 +27,16 @@ namespace camera {
 //   depth    the only depth size, such as 640x480; else any up to 1920x1080
 //   color    the same for colour
 //   fps      the only frame rate, 1 to 240; else any of these
+//   fault    for tests and drills: KIND@FRAME, or several joined by +. When so many frames were
+//            asked for in all,
+//              vanish  the camera is disconnected; for a while none is found
+//              stall   no frame comes for a while
+//              shrink  it is disconnected; those found for a while have half the width and height
+//              fail    every wait fails for a while
+//   lasting  that while in seconds, 0 to 86400 (2)
 // Throws std::runtime_error for anything else.
+SourceOpener simulatedSourceOpener(const SourceOptions& options);
+// The first one that it opens.
 std::unique_ptr<FrameSource> makeSimulatedSource(const SourceOptions& options);
 
 } // namespace camera
