@@ -81,7 +81,8 @@ class Server {
         server::selectCameraSource(options_);
         server::BroadcasterSettings settings;
         settings.endpoint = {boost::asio::ip::address_v4::loopback(), 0};
-        broadcaster_.emplace(context_, settings, [](const std::string&, bool) {});
+        broadcaster_.emplace(context_, settings,
+                             [](const std::string&, server::Broadcaster::Weight) {});
         network_.emplace(context_, stop_);
         std::promise<void> started;
         camera_ = std::thread([this, &started] { runCamera(started); });

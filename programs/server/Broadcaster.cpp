@@ -3,6 +3,8 @@
 #include "exposure.h"
 
 #include <algorithm>
+#include <array>
+#include <cstdio>
 #include <cstring>
 #include <utility>
 
@@ -23,11 +25,20 @@ namespace {
 constexpr std::size_t pooledFrames = 6;
 constexpr std::size_t framesKeptFree = 2;
 
+// A camera that starts takes its time to the first frame.
+constexpr std::chrono::nanoseconds startingTime = 5s;
+
 constexpr std::chrono::nanoseconds shortestTick = 2ms;
 constexpr std::chrono::nanoseconds longestTick = 100ms;
 
 // A hostile network has more addresses than we have memory and readers of the log.
 constexpr std::size_t mostNamedStrangers = 64;
+
+std::string seconds(std::chrono::duration<double> duration) {
+    std::array<char, 32> text;
+    std::snprintf(text.data(), text.size(), "%.1f s", duration.count());
+    return text.data();
+}
 
 bool same(const QVR::ProtocolHeader& a, const QVR::ProtocolHeader& b) {
     return std::memcmp(&a, &b, sizeof a) == 0;
@@ -60,18 +71,40 @@ void Broadcaster::announce(const QVR::ProtocolHeader& header,
 void Broadcaster::publish(FrameRef frame) {
     asio::post(context_, KeptHandler(publications_, [this, frame = std::move(frame)]() mutable {
                    feed_.frame = std::move(frame);
+                   hasDelivered_ = true;
                    cameraLost_ = false;
+                   reportReturn();
                    idleFrame_.reset();
                    lastFrame_ = Clock::now();
                    distribute();
                }));
 }
 
-void Broadcaster::cameraLost() {
-    asio::post(context_, [this] {
-        cameraLost_ = true;
-        nextIdleFrame_ = Clock::now();
+void Broadcaster::cameraLost(Clock::time_point lastGood) {
+    asio::post(context_, [this, lastGood] {
+        loseCamera(lastGood);
+        reportLoss();
     });
+}
+
+void Broadcaster::loseCamera(Clock::time_point lastGood) {
+    if (std::exchange(cameraLost_, true))
+        return;
+    lastGood_ = lastGood;
+    nextIdleFrame_ = Clock::now();
+}
+
+void Broadcaster::reportLoss() {
+    if (std::exchange(lossReported_, true))
+        return;
+    report_("WARNING: the camera is lost (no good frame for " + seconds(Clock::now() - lastGood_) +
+                "); clients stay connected while it is tried again",
+            Weight::notice);
+}
+
+void Broadcaster::reportReturn() {
+    if (std::exchange(lossReported_, false))
+        report_("the camera is back after " + seconds(Clock::now() - lastGood_), Weight::notice);
 }
 
 void Broadcaster::adopt(const QVR::ProtocolHeader& header, std::shared_ptr<FramePool> pool,
@@ -82,7 +115,7 @@ void Broadcaster::adopt(const QVR::ProtocolHeader& header, std::shared_ptr<Frame
     if (pool != networkPool_) {
         if (!connections_.empty())
             report_("the images have changed; disconnecting all clients so that they ask anew",
-                    true);
+                    Weight::notice);
         for (const auto& connection : connections_) {
             skippedByFormer_ += connection->skippedFrames();
             connection->close();
@@ -95,7 +128,7 @@ void Broadcaster::adopt(const QVR::ProtocolHeader& header, std::shared_ptr<Frame
         feed_.frame.reset();
         count();
         if (!settings_.endpoint.address().is_loopback())
-            report_(exposureWarning(endpoint(), header_, settings_.allowed), true);
+            report_(exposureWarning(endpoint(), header_, settings_.allowed), Weight::notice);
     }
     if (first) {
         accept();
@@ -113,7 +146,7 @@ void Broadcaster::accept() {
             return;
         }
         // Out of descriptors, most likely: the ones in use go on, later clients may have luck.
-        report_("cannot accept a client: " + error.message(), true);
+        report_("cannot accept a client: " + error.message(), Weight::provoked);
         acceptPause_.expires_after(200ms);
         acceptPause_.async_wait([this](const error_code& cancelled) {
             if (!cancelled)
@@ -133,9 +166,10 @@ bool Broadcaster::mayConnect(const tcp::socket& socket) {
     if (strangers_.size() < mostNamedStrangers && strangers_.insert(peer).second) {
         report_("a client from " + peer.to_string() + " was refused: only these may connect: " +
                     settings_.allowed.text() + " (see --allow)",
-                true);
+                Weight::provoked);
         if (strangers_.size() == mostNamedStrangers)
-            report_("clients from other addresses that are refused will not be named", true);
+            report_("clients from other addresses that are refused will not be named",
+                    Weight::provoked);
     }
     return false;
 }
@@ -147,7 +181,7 @@ void Broadcaster::admit(tcp::socket socket) {
         ++counters_.refusedClients;
         report_("a client was refused: all " + std::to_string(settings_.maxClients) +
                     " places are taken (see --max-clients)",
-                true);
+                Weight::provoked);
         return;
     }
     auto connection = std::make_shared<Connection>(
@@ -156,7 +190,7 @@ void Broadcaster::admit(tcp::socket socket) {
     connections_.push_back(connection);
     counters_.abandoned = false;
     count();
-    report_("client " + connection->peer() + " connected", false);
+    report_("client " + connection->peer() + " connected", Weight::detail);
     connection->start(header_, layout_.frameBytes());
 }
 
@@ -164,7 +198,7 @@ void Broadcaster::remove(const std::shared_ptr<Connection>& connection) {
     const auto place = std::find(connections_.begin(), connections_.end(), connection);
     if (place == connections_.end())
         return;
-    report_("client " + connection->peer() + " has gone", false);
+    report_("client " + connection->peer() + " has gone", Weight::detail);
     skippedByFormer_ += connection->skippedFrames();
     connections_.erase(place);
     counters_.abandoned = connections_.empty();
@@ -222,10 +256,10 @@ void Broadcaster::scheduleTick() {
 void Broadcaster::tick() {
     const Clock::time_point now = Clock::now();
     const auto silence = cameraSilence(settings_.cameraTimeout, framePeriod_);
-    if (!cameraLost_ && now - lastFrame_ > silence) {
-        cameraLost_ = true;
-        nextIdleFrame_ = now;
-    }
+    if (now - lastFrame_ > silence)
+        loseCamera(lastFrame_);
+    if (cameraLost_ && (hasDelivered_ || now - lastGood_ > startingTime))
+        reportLoss();
     if (cameraLost_ && now >= nextIdleFrame_) {
         nextIdleFrame_ = std::max(nextIdleFrame_ + framePeriod_, now);
         sendIdleFrame();
@@ -240,7 +274,8 @@ void Broadcaster::dropStalled(Clock::time_point now) {
         if (connection->stalledFor(now) < settings_.clientTimeout)
             return false;
         ++counters_.droppedClients;
-        report_("client " + connection->peer() + " has stopped reading and is dropped", true);
+        report_("client " + connection->peer() + " has stopped reading and is dropped",
+                Weight::provoked);
         skippedByFormer_ += connection->skippedFrames();
         connection->close();
         return true;

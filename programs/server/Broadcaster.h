@@ -47,9 +47,14 @@ struct BroadcasterCounters {
 // the thread that runs the context. Must be destroyed when that thread has ended.
 class Broadcaster {
   public:
-    // How a line for the log gets out; called on the network thread. `important`: to be shown
-    // without being asked for.
-    using Report = std::function<void(const std::string& text, bool important)>;
+    using Clock = Connection::Clock;
+    enum class Weight {
+        detail,   // for those who ask for it
+        provoked, // to be shown, but others can make it happen again and again
+        notice,   // to be shown each time
+    };
+    // How a line for the log gets out; called on the network thread.
+    using Report = std::function<void(const std::string& text, Weight weight)>;
 
     // Binds and listens; clients are accepted from the first announce(). Throws
     // boost::system::system_error when the address cannot be had.
@@ -73,8 +78,9 @@ class Broadcaster {
 
     // Until the next publish(), the last images go on at the frame rate with no touch active, so
     // that no host hangs in a read or holds a finger that nobody sees. Begins by itself when
-    // frames stay away for cameraSilence().
-    void cameraLost();
+    // frames stay away for cameraSilence(). Loss and return are reported once each. `lastGood`:
+    // when the camera was last well.
+    void cameraLost(Clock::time_point lastGood);
 
     // The longest pause between frames of a camera that is well.
     static std::chrono::nanoseconds cameraSilence(std::chrono::milliseconds cameraTimeout,
@@ -83,8 +89,6 @@ class Broadcaster {
     const BroadcasterCounters& counters() const { return counters_; }
 
   private:
-    using Clock = Connection::Clock;
-
     void adopt(const QVR::ProtocolHeader& header, std::shared_ptr<FramePool> pool,
                std::chrono::nanoseconds framePeriod);
     void accept();
@@ -93,6 +97,9 @@ class Broadcaster {
     void remove(const std::shared_ptr<Connection>& connection);
     void distribute();
     void keepFramesFree();
+    void loseCamera(Clock::time_point lastGood);
+    void reportLoss();
+    void reportReturn();
     void sendIdleFrame();
     void scheduleTick();
     void tick();
@@ -122,10 +129,13 @@ class Broadcaster {
     std::vector<std::shared_ptr<Connection>> connections_;
     std::set<boost::asio::ip::address> strangers_; // that were refused and named
     std::uint64_t skippedByFormer_ = 0;
-    Clock::time_point lastFrame_;
+    Clock::time_point lastFrame_; // or announcement
+    bool hasDelivered_ = false;
     Clock::time_point nextIdleFrame_;
     FrameRef idleFrame_;
     bool cameraLost_ = false;
+    bool lossReported_ = false;
+    Clock::time_point lastGood_; // before the loss
 };
 
 } // namespace server

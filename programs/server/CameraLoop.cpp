@@ -2,6 +2,7 @@
 
 #include "Broadcaster.h"
 #include "CameraSource.h"
+#include "ServerError.h"
 #include "ServerLog.h"
 #include "StopRequest.h"
 #include "TouchLog.h"
@@ -9,9 +10,7 @@
 #include "detection/touchManager.h"
 
 #include <algorithm>
-#include <array>
 #include <cstddef>
-#include <cstdio>
 #include <exception>
 #include <span>
 #include <utility>
@@ -25,12 +24,6 @@ namespace {
 
 constexpr std::chrono::nanoseconds firstRetryDelay = 250ms;
 constexpr std::chrono::nanoseconds longestRetryDelay = 5s;
-
-std::string seconds(std::chrono::duration<double> duration) {
-    std::array<char, 32> text;
-    std::snprintf(text.data(), text.size(), "%.1f s", duration.count());
-    return text.data();
-}
 
 } // namespace
 
@@ -104,10 +97,8 @@ void CameraLoop::logTouches(const QVR::NetworkTouch* records) {
 }
 
 void CameraLoop::recover(Broadcaster& broadcaster) {
-    ServerLog::notice("WARNING: the camera is lost (no good frame for " +
-                      seconds(Clock::now() - lastGood_) +
-                      "); clients stay connected while it is tried again");
-    broadcaster.cameraLost();
+    broadcaster.cameraLost(lastGood_);
+    settingsComplaint_.clear();
     ServerLog::setPipelineQuiet(true);
     std::chrono::nanoseconds delay = firstRetryDelay;
     QVR::networkFrameData parts;
@@ -119,7 +110,6 @@ void CameraLoop::recover(Broadcaster& broadcaster) {
     ServerLog::setPipelineQuiet(false);
     if (!back)
         return;
-    ServerLog::notice("the camera is back after " + seconds(Clock::now() - lastGood_));
     announce(broadcaster);
     takeFrame(broadcaster, parts);
 }
@@ -130,11 +120,22 @@ bool CameraLoop::reopen(QVR::networkFrameData& parts) {
     session_.reset();
     try {
         session_.emplace(options_);
+    } catch (const ServerError& error) {
+        complain(error);
+        return false;
     } catch (const std::exception& error) {
         ServerLog::detail(error.what());
         return false;
     }
     return cameraManager::update(parts) == 0;
+}
+
+// A camera that is away is no news. A document that cannot be used any more needs somebody, once.
+void CameraLoop::complain(const ServerError& error) {
+    if (error.code() != exitBadSettings)
+        ServerLog::detail(error.what());
+    else if (std::exchange(settingsComplaint_, error.what()) != error.what())
+        ServerLog::notice(error.what());
 }
 
 // False when the server is to end. In slices, for a client's leaving wakes nobody.

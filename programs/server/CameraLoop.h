@@ -17,6 +17,7 @@
 namespace server {
 
 class Broadcaster;
+class ServerError;
 class StopRequest;
 class TouchLog;
 
@@ -49,6 +50,7 @@ class CameraLoop {
     void publish(Broadcaster& broadcaster, const QVR::networkFrameData& parts);
     void recover(Broadcaster& broadcaster);
     bool reopen(QVR::networkFrameData& parts);
+    void complain(const ServerError& error);
     bool pause(const Broadcaster& broadcaster, std::chrono::nanoseconds duration) const;
     bool finished(const Broadcaster& broadcaster) const;
     void logTouches(const QVR::NetworkTouch* records);
@@ -61,6 +63,7 @@ class CameraLoop {
     FrameLayout layout_;
     std::chrono::nanoseconds framePeriod_{};
     FrameRef previous_;
+    std::string settingsComplaint_; // of this loss of the camera
     Clock::time_point started_;
     Clock::time_point lastGood_;
     std::uint64_t frames_ = 0;

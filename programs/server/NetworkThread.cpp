@@ -16,11 +16,18 @@ namespace {
 
 constexpr std::chrono::seconds cameraGrace{3};
 
+bool isIgnored(int signal) {
+    struct sigaction current = {};
+    return ::sigaction(signal, nullptr, &current) == 0 && current.sa_handler == SIG_IGN;
+}
+
 } // namespace
 
 NetworkThread::NetworkThread(boost::asio::io_context& context, StopRequest& stop)
     : context_(context), stop_(stop), work_(context.get_executor()),
       signals_(context, SIGINT, SIGTERM), grace_(context) {
+    if (!isIgnored(SIGHUP))
+        signals_.add(SIGHUP);
     waitForSignal();
     thread_ = std::thread([this] { run(); });
 }

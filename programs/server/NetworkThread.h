@@ -1,4 +1,4 @@
-// The one thread that runs the network's events, and the two signals that end the server.
+// The one thread that runs the network's events, and the signals that end the server.
 #pragma once
 
 #include <exception>
@@ -13,7 +13,8 @@ namespace server {
 
 class StopRequest;
 
-// Runs from construction to join(). SIGINT and SIGTERM request the stop. A camera that does not
+// Runs from construction to join(). SIGINT, SIGTERM and SIGHUP request the stop, the last one
+// unless it was ignored before, as nohup has it. A camera that does not
 // return from its wait cannot keep the process: when the thread still runs a few seconds after
 // the signal, it ends the process with the exit code of a clean end.
 class NetworkThread {

@@ -48,11 +48,15 @@ BroadcasterSettings networkSettings(const Options& options, int documentPort) {
     return settings;
 }
 
-void report(const std::string& text, bool important) {
-    if (important)
-        ServerLog::noticeSparingly(text);
-    else
-        ServerLog::detail(text);
+void report(const std::string& text, Broadcaster::Weight weight) {
+    switch (weight) {
+    case Broadcaster::Weight::detail:
+        return ServerLog::detail(text);
+    case Broadcaster::Weight::provoked:
+        return ServerLog::noticeSparingly(text);
+    case Broadcaster::Weight::notice:
+        return ServerLog::notice(text);
+    }
 }
 
 void listenTo(std::optional<Broadcaster>& broadcaster, asio::io_context& context,

@@ -430,7 +430,7 @@ TEST(Broadcaster, GoesOnWithoutTouchesWhileTheCameraIsLost) {
     EXPECT_EQ(readTouch(client).touches[0].active, 1);
 
     const auto start = Clock::now();
-    running.broadcaster.cameraLost();
+    running.broadcaster.cameraLost(Clock::now());
     for (int i = 0; i < 20; ++i) {
         const TouchFrame frame = readTouch(client);
         EXPECT_EQ(frame.touches[0].active, 0);
@@ -443,6 +443,10 @@ TEST(Broadcaster, GoesOnWithoutTouchesWhileTheCameraIsLost) {
     // Twenty frames of 5 ms: paced, not poured.
     EXPECT_GE(Clock::now() - start, 90ms);
 
+    EXPECT_THAT(running.reports(),
+                testing::ElementsAre("WARNING: the camera is lost (no good frame for 0.0 s); "
+                                     "clients stay connected while it is tried again"));
+
     publishTouch(running, 0.25, 778);
     TouchFrame frame = readTouch(client);
     while (frame.depth == 777)
@@ -451,6 +455,9 @@ TEST(Broadcaster, GoesOnWithoutTouchesWhileTheCameraIsLost) {
     EXPECT_DOUBLE_EQ(frame.touches[0].x, 0.25);
     EXPECT_EQ(frame.depth, 778);
     EXPECT_FALSE(client.readable(50));
+    ASSERT_EQ(running.reports().size(), 2U);
+    EXPECT_THAT(running.reports().back(),
+                testing::MatchesRegex("the camera is back after [0-9]+\\.[0-9] s"));
 }
 
 TEST(Broadcaster, TakesALongSilenceOfTheCameraForItsLoss) {
@@ -465,6 +472,40 @@ TEST(Broadcaster, TakesALongSilenceOfTheCameraForItsLoss) {
     const auto start = Clock::now();
     EXPECT_EQ(readTouch(client).touches[0].active, 0);
     EXPECT_GE(Clock::now() - start, 80ms);
+    EXPECT_THAT(running.reports(), testing::ElementsAre(testing::HasSubstr("the camera is lost")));
+}
+
+// The network notices the silence, then the camera's own thread gives up its wait.
+TEST(Broadcaster, SaysOnceThatTheCameraIsLostWhoeverNoticesIt) {
+    server::BroadcasterSettings settings = patient();
+    settings.cameraTimeout = 50ms;
+    RunningBroadcaster running(settings);
+    running.announce(touchHeader(), 5ms);
+    publishTouch(running, 0.5, 777);
+    const auto lost = [&] { return running.reports().size() == 1; };
+    ASSERT_TRUE(RunningBroadcaster::eventually(lost));
+    running.broadcaster.cameraLost(Clock::now());
+    running.broadcaster.cameraLost(Clock::now());
+    running.settle();
+    EXPECT_TRUE(lost());
+    publishTouch(running, 0.5, 778);
+    publishTouch(running, 0.5, 779);
+    EXPECT_THAT(running.reports(),
+                testing::ElementsAre(testing::HasSubstr("is lost"), testing::HasSubstr("is back")));
+}
+
+TEST(Broadcaster, GivesACameraThatStartsItsTime) {
+    server::BroadcasterSettings settings = patient();
+    settings.cameraTimeout = 20ms;
+    RunningBroadcaster running(settings);
+    running.announce(touchHeader(), 5ms);
+    RawClient client(running.port());
+    client.readHeader();
+    // Hosts do not hang meanwhile.
+    EXPECT_EQ(readTouch(client).touches[0].active, 0);
+    EXPECT_THAT(running.reports(), testing::IsEmpty());
+    publishTouch(running, 0.5, 777);
+    EXPECT_THAT(running.reports(), testing::IsEmpty());
 }
 
 TEST(Broadcaster, SendsBlankFramesWhenTheCameraIsLostBeforeItsFirst) {
@@ -472,7 +513,7 @@ TEST(Broadcaster, SendsBlankFramesWhenTheCameraIsLostBeforeItsFirst) {
     running.announce(touchHeader(), 5ms);
     RawClient client(running.port());
     client.readHeader();
-    running.broadcaster.cameraLost();
+    running.broadcaster.cameraLost(Clock::now());
     const TouchFrame frame = readTouch(client);
     EXPECT_EQ(frame.touches[0].active, 0);
     EXPECT_DOUBLE_EQ(frame.touches[0].x, -1.0);
@@ -518,6 +559,7 @@ TEST(Broadcaster, CannotHaveAPortThatIsInUse) {
     server::BroadcasterSettings settings;
     settings.endpoint = running.broadcaster.endpoint();
     boost::asio::io_context context;
-    EXPECT_THROW(server::Broadcaster(context, settings, [](const std::string&, bool) {}),
+    EXPECT_THROW(server::Broadcaster(context, settings,
+                                     [](const std::string&, server::Broadcaster::Weight) {}),
                  boost::system::system_error);
 }

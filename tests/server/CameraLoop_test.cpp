@@ -231,11 +231,13 @@ TEST_F(CameraLoopTest, GetsALostCameraBackAndKeepsItsClients) {
     EXPECT_TRUE(waitForTouch(client, true));
     running.stop.request();
     EXPECT_TRUE(running.endsByItself());
-    const std::string said = testing::internal::GetCapturedStderr();
-    EXPECT_THAT(said, testing::MatchesRegex(
-                          "qvr-server: WARNING: the camera is lost \\(no good frame for 1\\.[0-9] "
-                          "s\\); clients stay connected while it is tried again\n"
-                          "qvr-server: the camera is back after [0-9]+\\.[0-9] s\n"));
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    EXPECT_THAT(
+        running.network.reports(),
+        testing::ElementsAre(testing::MatchesRegex(
+                                 "WARNING: the camera is lost \\(no good frame for 1\\.[0-9] s\\); "
+                                 "clients stay connected while it is tried again"),
+                             testing::MatchesRegex("the camera is back after [0-9]+\\.[0-9] s")));
 }
 
 TEST_F(CameraLoopTest, SendsFramesWhileTheCameraHangs) {
@@ -247,8 +249,48 @@ TEST_F(CameraLoopTest, SendsFramesWhileTheCameraHangs) {
     ASSERT_TRUE(waitForTouch(client, false));
     for (int i = 0; i < 20; ++i)
         EXPECT_EQ(firstTouch(client).active, 0);
+    EXPECT_THAT(running.network.reports(), testing::ElementsAre(HasSubstr("the camera is lost")));
     camera.hanging = false;
     EXPECT_TRUE(waitForTouch(client, true));
+    EXPECT_THAT(running.network.reports(), testing::ElementsAre(HasSubstr("the camera is lost"),
+                                                                HasSubstr("the camera is back")));
+}
+
+TEST_F(CameraLoopTest, TriesALostCameraLessAndLessOften) {
+    Running running(touchesOnly());
+    RawClient client = running.client();
+    client.readFrame();
+    testing::internal::CaptureStderr();
+    camera.plugged = false;
+    std::vector<Clock::time_point> tries;
+    while (tries.size() < 4) {
+        client.readFrame();
+        if (camera.searches > static_cast<int>(tries.size()) + 1)
+            tries.push_back(Clock::now());
+    }
+    EXPECT_GE(tries[1] - tries[0], 450ms);
+    EXPECT_GE(tries[2] - tries[1], 950ms);
+    EXPECT_GE(tries[3] - tries[2], 1950ms);
+    testing::internal::GetCapturedStderr();
+}
+
+TEST_F(CameraLoopTest, SaysOnceThatTheDocumentCannotBeUsedAnyMore) {
+    camera.finger = true;
+    Running running(touchesOnly());
+    RawClient client = running.client();
+    ASSERT_TRUE(waitForTouch(client, true));
+    testing::internal::CaptureStderr();
+    camera.plugged = false;
+    ASSERT_TRUE(waitForTouch(client, false));
+    volume.write("QVR_calibration/touch.json", "{");
+    camera.plugged = true;
+    const int before = camera.startCount;
+    ASSERT_TRUE(RunningBroadcaster::eventually([&] { return camera.startCount > before + 1; }));
+    writeDocument();
+    EXPECT_TRUE(waitForTouch(client, true));
+    const std::string said = testing::internal::GetCapturedStderr();
+    EXPECT_THAT(said, HasSubstr("touch.json is not valid JSON"));
+    EXPECT_EQ(said.find("is not valid JSON"), said.rfind("is not valid JSON"));
 }
 
 TEST_F(CameraLoopTest, EndsWhileItWaitsForALostCamera) {
@@ -259,7 +301,8 @@ TEST_F(CameraLoopTest, EndsWhileItWaitsForALostCamera) {
     ASSERT_TRUE(RunningBroadcaster::eventually([&] { return camera.searches > 1; }));
     client.close();
     EXPECT_TRUE(running.endsByItself());
-    EXPECT_THAT(testing::internal::GetCapturedStderr(), HasSubstr("the camera is lost"));
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    EXPECT_THAT(running.network.reports(), testing::ElementsAre(HasSubstr("the camera is lost")));
     EXPECT_EQ(camera.startCount, 1);
 }
 

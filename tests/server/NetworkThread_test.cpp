@@ -16,7 +16,7 @@ using server::NetworkThread;
 using server::StopRequest;
 
 TEST(NetworkThread, TakesASignalForTheWishToEnd) {
-    for (const int number : {SIGINT, SIGTERM}) {
+    for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
         boost::asio::io_context context;
         StopRequest stop;
         NetworkThread thread(context, stop);
@@ -24,6 +24,20 @@ TEST(NetworkThread, TakesASignalForTheWishToEnd) {
         std::raise(number);
         EXPECT_TRUE(stop.waitFor(10s));
         thread.join();
+    }
+}
+
+TEST(NetworkThread, LeavesAnIgnoredHangupIgnored) {
+    std::signal(SIGHUP, SIG_IGN);
+    {
+        boost::asio::io_context context;
+        StopRequest stop;
+        NetworkThread thread(context, stop);
+        std::raise(SIGHUP);
+        std::raise(SIGTERM);
+        EXPECT_TRUE(stop.waitFor(10s));
+        thread.join();
+        EXPECT_EQ(std::signal(SIGHUP, SIG_DFL), SIG_IGN);
     }
 }
 

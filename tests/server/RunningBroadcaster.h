@@ -25,8 +25,8 @@ class RunningBroadcaster {
         const boost::asio::ip::address& address = boost::asio::ip::address_v4::loopback())
         : work_(context_.get_executor()),
           broadcaster(context_, on(address, std::move(settings)),
-                      [this](const std::string& text, bool important) {
-                          if (important)
+                      [this](const std::string& text, server::Broadcaster::Weight weight) {
+                          if (weight != server::Broadcaster::Weight::detail)
                               reports_.push_back(text);
                       }),
           thread_([this] { context_.run(); }) {}

@@ -103,6 +103,10 @@ std::optional<int> ServerProcess::waitForEnd() {
     return WIFEXITED(*status_) ? std::optional(WEXITSTATUS(*status_)) : std::nullopt;
 }
 
+bool ServerProcess::endedBy(int signal) {
+    return !running() && WIFSIGNALED(*status_) && WTERMSIG(*status_) == signal;
+}
+
 std::string ServerProcess::output() const {
     return content(folder_.path() + "/out");
 }

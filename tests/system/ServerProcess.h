@@ -30,6 +30,8 @@ class ServerProcess {
     // Its exit code; nothing when it does not end within 20 seconds, or ends by a signal.
     std::optional<int> waitForEnd();
     bool running();
+    // Whether it ended by this signal instead of by itself.
+    bool endedBy(int signal);
 
     std::string output() const; // so far
     std::string errors() const;
