@@ -2,6 +2,7 @@
 #include "client/ClientManager.h"
 
 #include "calibration/calibrationManager.h"
+#include "client/TimeLimit.h"
 #include "detection/ImageDownsampler.h"
 #include "foundation/Logger.h"
 #include "foundation/jsonValues.h"
@@ -19,6 +20,8 @@ ClientManager* ClientManager::_instance = nullptr;
 bool ClientManager::debugLogging = false;
 bool ClientManager::convertImageBuffersTo8bit4channel = true;
 bool ClientManager::ranSocketsInit = false;
+int ClientManager::receiveTimeoutMs = 0;
+bool ClientManager::reconnectReadsHeader = false;
 
 namespace {
 
@@ -52,6 +55,9 @@ void ClientManager::Init() {
             // A readable file without a host name means the empty name, not the default.
             ip = settings["ip"].string_value();
             port = intValue(settings["port"], port);
+            receiveTimeoutMs = intValue(settings["receiveTimeoutMs"], receiveTimeoutMs);
+            reconnectReadsHeader =
+                boolValue(settings["reconnectReadsHeader"], reconnectReadsHeader);
         }
     }
     Init(ip, static_cast<unsigned int>(port));
@@ -111,6 +117,7 @@ ClientManager::ClientManager(const std::string& serverIp, const std::string& ser
     }
     // A server that is down is no reason against a client: every update tries again.
     try {
+        const TimeLimit limit(networkClient, receiveTimeoutMs);
         CheckClientState();
         if (debugLogging) {
             Logger::Log("Client manager instantiated.");
@@ -124,10 +131,7 @@ ClientManager::ClientManager(const std::string& serverIp, const std::string& ser
 
 ClientManager::~ClientManager() {
     logWhileDestroying("Client starting destructor...");
-    touchBytes_.reset();
-    colorBytes_.reset();
-    depthValues_.reset();
-    processedBytes_.reset();
+    releaseBuffers();
     calibration_.reset();
     downsampler_.reset();
     closeClient();

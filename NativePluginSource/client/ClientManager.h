@@ -50,8 +50,9 @@ class QVR_API ClientManager {
     static ClientManager* Get();
     static bool HasInstance();
 
-    // Receives one frame, connecting first when needed. Blocks. 0; -100: no client; -101: the
-    // connection broke in a frame; else CheckClientState's code.
+    // Receives one frame, connecting first when needed. Blocks, for receiveTimeoutMs at most when
+    // that is set. 0; -100: no client; -101: the connection broke or time was over in a frame;
+    // else CheckClientState's code.
     static int Update();
 
     // False without a client, too.
@@ -63,8 +64,9 @@ class QVR_API ClientManager {
     ClientManager(const ClientManager&) = delete;
     ClientManager& operator=(const ClientManager&) = delete;
 
-    // Brings the client as far as it can: connection, header (once), calibration files. 0; -1:
-    // the network client failed to start; -2: no connection; -3: no usable header.
+    // Brings the client as far as it can: connection, header (once, or on every connection; see
+    // reconnectReadsHeader), calibration files. 0; -1: the network client failed to start; -2: no
+    // connection; -3: no usable header.
     int CheckClientState();
 
     // Reads the header. 0; -1: it did not come in one piece; -2: another protocol version; -3:
@@ -83,7 +85,7 @@ class QVR_API ClientManager {
     double getTouchData();
 
     // The latest frame's NetworkTouch records as they came, or null; header.touchCount records
-    // of 28 bytes, valid until the client is destroyed.
+    // of 28 bytes, valid until the client is destroyed or reads another header.
     unsigned char* getNetworkTouches();
 
     // Write the latest image into the host's buffer, when one is set and the server sends it:
@@ -112,6 +114,15 @@ class QVR_API ClientManager {
     static bool convertImageBuffersTo8bit4channel;
     static bool ranSocketsInit; // kept for callers; nothing here uses it
 
+    // The time that an update has, and the first attempt at creation: connection, header and frame
+    // together, name lookup excepted. Milliseconds; 0 or less, as at load: without limit.
+    static int receiveTimeoutMs;
+    // Off at load: one header in a client's life. On: every new connection begins with its header
+    // as the server sends it. Then the buffers take its sizes, a texture whose image is another
+    // than before is forgotten, the calibration files are read again when the depth unit is
+    // another, and a failed update leaves no slot with a touch.
+    static bool reconnectReadsHeader;
+
     // The host's pixel buffers; null: not set.
     unsigned char* colorTexture = nullptr;
     unsigned char* depthTexture = nullptr;
@@ -123,8 +134,13 @@ class QVR_API ClientManager {
     ProtocolHeader header;                  // noHeaderYet, 2 and zeros until one has been read
 
   private:
+    int receiveFrame();
     bool readHeader();
+    bool takeHeader();
     bool makeBuffers();
+    void releaseBuffers();
+    void forgetOtherThan(const ProtocolHeader& before);
+    void emptySlots();
     void loadCalibrationFiles();
 
     std::unique_ptr<unsigned char[]> touchBytes_;
@@ -141,6 +157,8 @@ class QVR_API ClientManager {
     std::uint32_t colorPixelCount_ = 0;
     std::uint32_t depthPixelCount_ = 0;
     std::uint32_t processedPixelCount_ = 0;
+
+    bool headerDue_ = false; // the connection is new and begins with a header to be read
 
     std::vector<double> touchValues_; // x, y, z of every slot
     unsigned int touchReadIndex_ = 0; // of the value read last

@@ -1,14 +1,17 @@
 // Connection, header and frames: what comes in from the server.
 #include "calibration/calibrationManager.h"
 #include "client/ClientManager.h"
+#include "client/TimeLimit.h"
 #include "detection/ImageDownsampler.h"
 #include "foundation/Logger.h"
 #include "foundation/utils.h"
 #include "serverClient/NetworkClient.h"
 
+#include <algorithm>
 #include <array>
 #include <cstring>
 #include <new>
+#include <tuple>
 
 namespace QVR {
 
@@ -45,16 +48,25 @@ int ClientManager::Update() {
     if (_instance == nullptr) {
         return -100;
     }
-    const int state = _instance->CheckClientState();
+    const int result = _instance->receiveFrame();
+    if (result < 0 && reconnectReadsHeader) {
+        _instance->emptySlots();
+    }
+    return result;
+}
+
+int ClientManager::receiveFrame() {
+    const TimeLimit limit(networkClient, receiveTimeoutMs);
+    const int state = CheckClientState();
     if (state < 0) {
         if (debugLogging) {
             Logger::Log("Client manager update failed with: ", state);
         }
         return state;
     }
-    const int frame = _instance->ProcessServerFrame();
+    const int frame = ProcessServerFrame();
     if (frame < 0) {
-        _instance->closeClient();
+        closeClient();
         if (debugLogging) {
             Logger::Log("Client manager ProcessServerFrame() failed with ", frame);
         }
@@ -81,10 +93,11 @@ int ClientManager::CheckClientState() {
                         static_cast<float>(result));
             return -2;
         }
+        headerDue_ = reconnectReadsHeader;
     }
-    // Once per client: whatever came of the first header, later connections go straight to
-    // frames.
-    if (header.protocolID == noHeaderYet) {
+    // Without the switch once per client: whatever came of the first header, later connections go
+    // straight to frames.
+    if (header.protocolID == noHeaderYet || headerDue_) {
         if (!readHeader()) {
             closeClient();
             if (debugLogging) {
@@ -104,6 +117,24 @@ int ClientManager::CheckClientState() {
 }
 
 bool ClientManager::readHeader() {
+    const ProtocolHeader before = header;
+    const std::size_t valuesBefore = touchValues_.size();
+    if (!takeHeader()) {
+        // A host goes by the sizes of the last header that counted.
+        if (headerDue_) {
+            header = before;
+            touchValues_.assign(valuesBefore, -1.0);
+        }
+        return false;
+    }
+    headerDue_ = false;
+    if (before.protocolID != noHeaderYet) {
+        forgetOtherThan(before);
+    }
+    return true;
+}
+
+bool ClientManager::takeHeader() {
     // The header comes from the network: sizes that this machine cannot hold are its failure.
     try {
         return GetHeaderFromServer() >= 0 && makeBuffers();
@@ -148,6 +179,8 @@ bool ClientManager::makeBuffers() {
         !withinLimits(processedSize, processedPixels)) {
         return false;
     }
+    // The buffers of an earlier header go first: two of the largest are not to be had together.
+    releaseBuffers();
     const auto touchSize = static_cast<std::int32_t>(sizeof(NetworkTouch) * header.touchCount);
     auto touchBuffer = makeBuffer<unsigned char>(touchSize);
     auto colorBuffer = makeBuffer<unsigned char>(colorSize);
@@ -167,6 +200,49 @@ bool ClientManager::makeBuffers() {
     depthPixelCount_ = depthPixels;
     processedPixelCount_ = processedPixels;
     return true;
+}
+
+void ClientManager::releaseBuffers() {
+    touchBytes_.reset();
+    colorBytes_.reset();
+    depthValues_.reset();
+    processedBytes_.reset();
+    touchByteCount_ = colorByteCount_ = depthValueCount_ = processedByteCount_ = 0;
+    colorPixelCount_ = depthPixelCount_ = processedPixelCount_ = 0;
+}
+
+void ClientManager::forgetOtherThan(const ProtocolHeader& before) {
+    // The host's buffers have the size of the images that it knew.
+    const auto color = [](const ProtocolHeader& of) {
+        return std::tie(of.colorX, of.colorY, of.colorChannels, of.colorDepth);
+    };
+    const auto depth = [](const ProtocolHeader& of) {
+        return std::tie(of.depthX, of.depthY, of.depthChannels, of.depthDepth);
+    };
+    const auto processed = [](const ProtocolHeader& of) {
+        return std::tie(of.processedX, of.processedY, of.processedChannels, of.processedDepth);
+    };
+    if (color(header) != color(before)) {
+        colorTexture = nullptr;
+    }
+    if (depth(header) != depth(before)) {
+        depthTexture = nullptr;
+    }
+    if (processed(header) != processed(before)) {
+        processedTexture = nullptr;
+    }
+    // The distortion map was imported in the depth units of the other camera.
+    if (header.oneMeterValue != before.oneMeterValue) {
+        calibration_.reset();
+    }
+}
+
+void ClientManager::emptySlots() {
+    const NetworkTouch empty;
+    for (std::int32_t at = 0; at < touchByteCount_; at += std::int32_t{sizeof empty}) {
+        std::memcpy(touchBytes_.get() + at, &empty, sizeof empty);
+    }
+    std::fill(touchValues_.begin(), touchValues_.end(), -1.0);
 }
 
 int ClientManager::ProcessServerFrame() {

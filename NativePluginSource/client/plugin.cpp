@@ -107,6 +107,14 @@ void shutDown() {
     guarded("shutDown", [] { ClientManager::Destroy(); });
 }
 
+void setReceiveTimeout(int milliseconds) {
+    ClientManager::receiveTimeoutMs = milliseconds;
+}
+
+void setReconnectReadsHeader(bool on) {
+    ClientManager::reconnectReadsHeader = on;
+}
+
 int update() {
     return guarded("update", int{QVR_UPDATE_NO_CLIENT}, [] { return ClientManager::Update(); });
 }

@@ -57,9 +57,9 @@ QVR_API void printDebug(bool on);
 /* ---- Life ---- */
 
 /* Makes the client with the address in "QVR_calibration/touch_client.json" on a mounted volume,
- * or with "localhost" port 27016 when there is no such file. Blocks through one connection
- * attempt and, when the server answers, until its header has arrived. Does nothing when a client
- * exists already. */
+ * or with "localhost" port 27016 when there is no such file. The file may set the two switches
+ * below as well. Blocks through one connection attempt and, when the server answers, until its
+ * header has arrived. Does nothing when a client exists already. */
 QVR_API void init(void);
 
 /* The same with a given server: `ip` is a host name or address, `port` its port. Reads no
@@ -70,6 +70,25 @@ QVR_API void initClientWithCustomServer(const char* ip, unsigned int port);
  * Harmless without a client; init may follow. */
 QVR_API void shutDown(void);
 
+/* ---- When the server fails ----
+ *
+ * Two switches, both off at load. Hosts are advised to set both before init. They may be called
+ * at any time and stay in force across shutDown. */
+
+/* The time that an update has, in milliseconds: connection, header and frame together, only the
+ * lookup of a host name comes on top. The first attempt in init has as much. When it is over, the
+ * connection is closed and the update fails. Choose it well above the server's frame interval and
+ * above a second, after which qvr-server fills in for a camera that is silent. 0 or less: an
+ * update waits without end. */
+QVR_API void setReceiveTimeout(int milliseconds);
+
+/* Whether a client that connects again begins with the header that the server sends then. With it
+ * the update after a failed one goes on by itself, even when the server has come back with other
+ * sizes; ask for the sizes and set the textures after the first success. A texture whose image
+ * has changed in size is forgotten, never written; the calibration files are read again when the
+ * depth unit has changed; and after a failed update all slots are empty. */
+QVR_API void setReconnectReadsHeader(bool on);
+
 /* What update returns. */
 enum QvrUpdateResult {
     QVR_UPDATE_OK = 0,             /* a whole frame has arrived; see update for the exception */
@@ -78,17 +97,18 @@ enum QvrUpdateResult {
     QVR_UPDATE_NO_HEADER = -3,     /* the server's description of its stream is missing, of
                                       another protocol version, or beyond the limits */
     QVR_UPDATE_NO_CLIENT = -100,   /* before init or after shutDown */
-    QVR_UPDATE_NO_FRAME = -101     /* the connection broke while a frame was received */
+    QVR_UPDATE_NO_FRAME = -101     /* the connection broke, or the time-out passed, while a frame
+                                      was received */
 };
 
 /* Receives the next frame; connects first when there is no connection. Blocks until the frame is
  * whole (the server's frame interval, when the host is the faster one) or the attempt has
  * failed; the connection attempt has the system's time-out. Returns an enum QvrUpdateResult.
- * After a failure the next update connects anew, which helps by itself only after
- * QVR_UPDATE_NO_CONNECTION: a client takes in one header in its life, while a server sends one on
- * every connection. So after QVR_UPDATE_NO_FRAME the new connection's header would be taken for
- * the start of a frame, and after QVR_UPDATE_NO_HEADER updates return QVR_UPDATE_OK at once
- * without receiving anything. Call shutDown and init first in both cases. */
+ * After a failure the next update connects anew. Without setReconnectReadsHeader this helps by
+ * itself only after QVR_UPDATE_NO_CONNECTION: the client then takes in one header in its life,
+ * while a server sends one on every connection. So after QVR_UPDATE_NO_FRAME the new connection's
+ * header would be taken for the start of a frame, and after QVR_UPDATE_NO_HEADER updates return
+ * QVR_UPDATE_OK at once without receiving anything. Call shutDown and init first in both cases. */
 QVR_API int update(void);
 
 /* True when a client exists, connected or not. */

@@ -33,10 +33,11 @@ static void printTouches(long frame) {
 
 /* A colour texture of the server's size, or null when it has no colour camera. The host's
  * graphics would upload it after every updateColorTexture. */
-static unsigned char* makeColorTexture(void) {
+static unsigned char* renewColorTexture(unsigned char* texture) {
     const int width = getColorDimX();
     const int height = getColorDimY();
-    unsigned char* texture = NULL;
+    free(texture);
+    texture = NULL;
     if (width > 0 && height > 0) {
         texture = malloc((size_t)4 * (size_t)width * (size_t)height);
     }
@@ -57,30 +58,33 @@ int main(int argc, char** argv) {
     const struct timespec pause = {0, 500 * 1000 * 1000};
     unsigned char* colorTexture = NULL;
     long frame = 0;
-    int attempts = 0;
+    int failures = 0;
+    int connected = 0;
 
     registerDebugCallback(printMessage);
+    /* A server that stalls must not freeze this program, and one that was restarted, perhaps with
+     * another camera, is to be found again. */
+    setReceiveTimeout(2000);
+    setReconnectReadsHeader(true);
     connectToServer(argc, argv);
 
-    while (frame < frames && attempts < 20) {
+    while (frame < frames && failures < 20) {
         /* Blocks until the next frame is there, so this loop runs at the camera's pace. A host
          * with a loop of its own calls it once per turn. */
         const int result = update();
         if (result != QVR_UPDATE_OK) {
-            /* Start anew: only a new instance reads the header that a server sends first. */
+            /* No touch is down any more. The next update connects again. */
             fprintf(stderr, "no frame (%d)\n", result);
-            shutDown();
-            free(colorTexture);
-            colorTexture = NULL;
+            connected = 0;
             nanosleep(&pause, NULL);
-            connectToServer(argc, argv);
-            ++attempts;
+            ++failures;
             continue;
         }
-        attempts = 0;
+        failures = 0;
         ++frame;
-        if (colorTexture == NULL) {
-            colorTexture = makeColorTexture();
+        if (!connected) {
+            connected = 1;
+            colorTexture = renewColorTexture(colorTexture);
         }
         updateColorTexture();
         printTouches(frame);

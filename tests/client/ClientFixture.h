@@ -48,6 +48,8 @@ class ClientFixture : public testing::Test {
     ~ClientFixture() override {
         QVR::ClientManager::debugLogging = false;
         QVR::ClientManager::convertImageBuffersTo8bit4channel = true;
+        QVR::ClientManager::receiveTimeoutMs = 0;
+        QVR::ClientManager::reconnectReadsHeader = false;
         QVR::ClientManager::Destroy();
         calibratedCoord = {};
     }

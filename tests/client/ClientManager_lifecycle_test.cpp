@@ -279,6 +279,39 @@ TEST_F(ClientManagerLifecycle, AFractionalPortIsCutAndAnAbsurdOneDoesNoHarm) {
     EXPECT_EQ(client().port, "2147483648");
 }
 
+TEST_F(ClientManagerLifecycle, TheSettingsFileSetsBothSwitches) {
+    initFromSettings(R"({"ip": "127.0.0.5", "receiveTimeoutMs": 2500.7,
+                         "reconnectReadsHeader": true})");
+    EXPECT_EQ(ClientManager::receiveTimeoutMs, 2500);
+    EXPECT_TRUE(ClientManager::reconnectReadsHeader);
+    ClientManager::Destroy();
+
+    // Without the keys, and for values of another type, they stay as they are.
+    for (const std::string text :
+         {R"({"ip": "127.0.0.5"})",
+          R"({"ip": "127.0.0.5", "receiveTimeoutMs": "1", "reconnectReadsHeader": 0})"}) {
+        initFromSettings(text);
+        EXPECT_EQ(ClientManager::receiveTimeoutMs, 2500) << text;
+        EXPECT_TRUE(ClientManager::reconnectReadsHeader) << text;
+        ClientManager::Destroy();
+    }
+
+    initFromSettings(R"({"ip": "127.0.0.5", "receiveTimeoutMs": 0,
+                         "reconnectReadsHeader": false})");
+    EXPECT_EQ(ClientManager::receiveTimeoutMs, 0);
+    EXPECT_FALSE(ClientManager::reconnectReadsHeader);
+}
+
+TEST_F(ClientManagerLifecycle, AnAbsurdTimeoutIsNoLimitOrALongOne) {
+    for (const std::string number : {"-1e300", "1e300", "-1"}) {
+        initFromSettings(R"({"ip": "127.0.0.5", "receiveTimeoutMs": )" + number + "}");
+        EXPECT_LT(ClientManager::receiveTimeoutMs, 0) << number;
+        ClientManager::Destroy();
+    }
+    initFromSettings(R"({"ip": "127.0.0.5", "receiveTimeoutMs": 2147483647})");
+    EXPECT_EQ(ClientManager::Update(), -2);
+}
+
 TEST_F(ClientManagerLifecycle, AnUnreadableSettingsTextMeansTheDefaults) {
     for (const std::string text :
          {"{\"ip\": \"127.0.0.5\"", "", "nonsense", "{\"port\": 5000 /* comment */}"}) {

@@ -119,6 +119,34 @@ TEST_F(ClientManagerMemory, SlotsThatDoNotFitAreAFailedHeader) {
     EXPECT_EQ(client().getTouchData(), -9999.0);
 }
 
+TEST_F(ClientManagerMemory, ARestartedServerWhoseImagesDoNotFitIsTriedAgain) {
+    const QVR::ProtocolHeader small = support::touchesOnlyHeader();
+    QVR::ProtocolHeader large = small;
+    large.touchCount = 2;
+    large.colorX = large.colorY = 1024;
+    large.colorChannels = 3;
+    large.colorDepth = 1;
+    LoopbackPeer peer([&](LoopbackPeer::Line& line) {
+        for (const QVR::ProtocolHeader& header : {small, large, small}) {
+            line.accept();
+            line.send(bytesOf(header) + std::string(280, '\0'));
+            line.close();
+        }
+    });
+    ClientManager::reconnectReadsHeader = true;
+    largest = 1'000'000;
+    initWith(peer);
+    EXPECT_EQ(update(), 0);
+    EXPECT_EQ(update(), -101);
+    EXPECT_EQ(update(), -3);
+    EXPECT_EQ(getTouchPoolSize(), 10);
+    EXPECT_EQ(getColorDimX(), 0);
+    client().prepareTouchCollection();
+    EXPECT_EQ(readTouches().size(), 30u);
+    EXPECT_EQ(update(), 0);
+    EXPECT_EQ(peer.finish(), "");
+}
+
 TEST_F(ClientManagerMemory, AFrameNeedsNoMoreMemory) {
     QVR::ProtocolHeader header = support::touchesOnlyHeader();
     header.colorX = header.colorY = header.depthX = header.depthY = 2;
@@ -134,6 +162,7 @@ TEST_F(ClientManagerMemory, AFrameNeedsNoMoreMemory) {
     });
     volume.write("QVR_calibration/touch.json", client_test::identityCalibration());
     volume.write("touch_projectionMap.json", "{" + client_test::projectionMap(0) + "}");
+    ClientManager::receiveTimeoutMs = 60000;
     initWith(peer);
     EXPECT_EQ(peer.finish(), "");
     unsigned char texture[16];

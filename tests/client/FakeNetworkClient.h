@@ -4,6 +4,7 @@
 #include "serverClient/NetworkClient.h"
 
 #include <deque>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -32,6 +33,9 @@ class FakeNetworkClient final : public QVR::NetworkClient {
     int rcvInt(int*) override { return note("rcvInt", 0); }
     bool isInit() override { return initialised; }
     bool isConnected() override { return connected; }
+    void setDeadline(std::optional<Clock::time_point> deadline) override {
+        calls.emplace_back(deadline ? "deadline" : "no deadline");
+    }
 
     int initResult = 0;
     int connectResult = 0;

@@ -58,4 +58,30 @@ TEST(MinimalHost, PrintsTheTouchesOfEveryFrame) {
     EXPECT_EQ(peer.finish(), "");
 }
 
+TEST(MinimalHost, GoesOnWithARestartedServerOfAnotherSize) {
+    const auto stream = [](std::uint32_t width, double x) {
+        QVR::ProtocolHeader header = support::touchesOnlyHeader();
+        header.colorX = header.colorY = width;
+        header.colorChannels = 3;
+        header.colorDepth = 1;
+        std::vector<QVR::NetworkTouch> touches(10);
+        touches[0] = {1, x, 0.0, 0.0};
+        return bytesOf(header) + bytesOf(touches) +
+               std::string(std::size_t{3} * width * width, 'c');
+    };
+    LoopbackPeer peer([&](LoopbackPeer::Line& line) {
+        line.accept();
+        line.send(stream(2, 1.0));
+        line.accept();
+        line.send(stream(200, 2.0));
+        line.waitUntilClosed();
+    });
+    const Outcome outcome = run("127.0.0.1 " + peer.port() + " 2");
+    EXPECT_EQ(outcome.output, "frame 1: slot 0 at 1.000, 0.000, height 0.000\n"
+                              "frame 2: slot 0 at 2.000, 0.000, height 0.000\n"
+                              "2 frames\n");
+    EXPECT_EQ(outcome.exitCode, 0);
+    EXPECT_EQ(peer.finish(), "");
+}
+
 } // namespace

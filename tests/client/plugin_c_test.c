@@ -33,6 +33,8 @@ struct Plugin {
     void (*init)(void);
     void (*initClientWithCustomServer)(const char* ip, unsigned int port);
     void (*shutDown)(void);
+    void (*setReceiveTimeout)(int milliseconds);
+    void (*setReconnectReadsHeader)(bool on);
     int (*update)(void);
     bool (*hasDepthCamera)(void);
     int (*getDimX)(void);
@@ -81,6 +83,8 @@ static void findAll(void* library) {
     FIND(init);
     FIND(initClientWithCustomServer);
     FIND(shutDown);
+    FIND(setReceiveTimeout);
+    FIND(setReconnectReadsHeader);
     FIND(update);
     FIND(hasDepthCamera);
     FIND(getDimX);

@@ -12,6 +12,8 @@ EXPECT_TYPE(printDebug, void (*)(bool));
 EXPECT_TYPE(init, void (*)(void));
 EXPECT_TYPE(initClientWithCustomServer, void (*)(const char*, unsigned int));
 EXPECT_TYPE(shutDown, void (*)(void));
+EXPECT_TYPE(setReceiveTimeout, void (*)(int));
+EXPECT_TYPE(setReconnectReadsHeader, void (*)(bool));
 EXPECT_TYPE(update, int (*)(void));
 EXPECT_TYPE(hasDepthCamera, bool (*)(void));
 EXPECT_TYPE(getDimX, int (*)(void));

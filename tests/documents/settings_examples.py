@@ -47,6 +47,9 @@ broken = [
     ("touch", {**touch, "calibration": {"sizeX": 2, "sizeY": 2, "sizeZ": 2, "verts": [0] * 25}}),
     ("touch_client", {"port": 27016}),
     ("touch_client", {"ip": "localhost", "port": "27016"}),
+    ("touch_client", {"ip": "localhost", "receiveTimeoutMs": 100}),
+    ("touch_client", {"ip": "localhost", "receiveTimeoutMs": "2000"}),
+    ("touch_client", {"ip": "localhost", "reconnectReadsHeader": 1}),
     ("touch_projectionMap", {}),
     ("touch_projectionMap", {"map0": {"Xmin": 0}}),
 ]

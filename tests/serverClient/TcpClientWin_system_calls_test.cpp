@@ -6,9 +6,11 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <chrono>
 #include <cstdio>
 #include <cstring>
 #include <deque>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -16,6 +18,7 @@
 #include <gtest/gtest.h>
 #include <netdb.h>
 #include <netinet/in.h>
+#include <poll.h>
 #include <sys/socket.h>
 #include <sys/types.h>
 #include <time.h>
@@ -42,6 +45,8 @@ struct System {
     std::vector<int> connections;       // the address of each attempt, by its place in the list
     int listsFreed = 0;
     std::vector<std::string> shutdowns; // "descriptor direction" of each
+    std::deque<Result> polls;
+    std::vector<std::string> waits; // "descriptor events" of each
 };
 
 System& scripted() {
@@ -123,6 +128,16 @@ int connect(int, const sockaddr*, socklen_t place) {
     scripted().connections.push_back(static_cast<int>(place));
     const int result = scripted().connectionResults.at(place);
     return static_cast<int>(answer({result, ECONNREFUSED}));
+}
+
+int poll(pollfd* watched, nfds_t, int) {
+    scripted().waits.push_back(std::to_string(watched->fd) + " " + std::to_string(watched->events));
+    if (scripted().polls.empty()) {
+        return 1;
+    }
+    const Result result = scripted().polls.front();
+    scripted().polls.pop_front();
+    return static_cast<int>(answer(result));
 }
 
 int nanosleep(const timespec* duration, timespec*) {
@@ -261,6 +276,47 @@ TEST_F(TcpClientWinCalls, OwnsANumberAgainThatANewConnectionGets) {
     scripted().shutdowns.clear();
     client.close();
     EXPECT_EQ(scripted().shutdowns.size(), 1u);
+}
+
+TEST_F(TcpClientWinCalls, WaitsForEveryPieceWhenThereIsADeadline) {
+    client.setDeadline(QVR::NetworkClient::Clock::now() + std::chrono::hours(1));
+    scripted().reads = {{40}, {24}};
+    EXPECT_EQ(client.recv(buffer.data(), 64), 24);
+    const std::string readable = "900 " + std::to_string(POLLIN);
+    EXPECT_THAT(scripted().waits, ElementsAre(readable, readable));
+
+    client.setDeadline(std::nullopt);
+    scripted().reads = {{64}};
+    EXPECT_EQ(client.recv(buffer.data(), 64), 64);
+    EXPECT_EQ(scripted().waits.size(), 2u);
+}
+
+TEST_F(TcpClientWinCalls, ReadsNothingOnceTheDeadlineHasPassed) {
+    client.setDeadline(QVR::NetworkClient::Clock::now());
+    scripted().reads = {{64}};
+    EXPECT_EQ(client.recv(buffer.data(), 64), -51);
+    EXPECT_EQ(scripted().readCalls, 0);
+    EXPECT_THAT(LogCapture::messages(), ElementsAre("Data reception did not end in time."));
+    EXPECT_EQ(scripted().shutdowns.size(), 1u);
+    client.close();
+    EXPECT_EQ(scripted().shutdowns.size(), 1u);
+}
+
+// A host that is asked to end interrupts its own wait.
+TEST_F(TcpClientWinCalls, ASignalEndsAWaitAsItEndsARead) {
+    client.setDeadline(QVR::NetworkClient::Clock::now() + std::chrono::hours(1));
+    scripted().polls = {{-1, EINTR}};
+    EXPECT_EQ(client.recv(buffer.data(), 64), -1);
+    EXPECT_THAT(LogCapture::messages(), ElementsAre("Can be good: rcvArr socket: 900 return: -1 "
+                                                    "error: " +
+                                                    std::to_string(EINTR)));
+}
+
+TEST_F(TcpClientWinCalls, DoesNotWaitForAConnectionThatIsGone) {
+    EXPECT_EQ(client.recv(buffer.data(), 64), -1);
+    client.setDeadline(QVR::NetworkClient::Clock::now() + std::chrono::hours(1));
+    EXPECT_EQ(client.recv(buffer.data(), 64), -1);
+    EXPECT_TRUE(scripted().waits.empty());
 }
 
 TEST_F(TcpClientWinCalls, LooksUpStreamsOverTcpOfAnyFamily) {

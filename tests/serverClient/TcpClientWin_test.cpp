@@ -404,11 +404,12 @@ std::ptrdiff_t placeOf(Function function) {
 TEST(NetworkClient, KeepsTheOrderOfItsTable) {
     using QVR::NetworkClient;
     const std::vector<std::ptrdiff_t> places = {
-        placeOf(&NetworkClient::init),    placeOf(&NetworkClient::connect),
-        placeOf(&NetworkClient::send),    placeOf(&NetworkClient::close),
-        placeOf(&NetworkClient::recv),    placeOf(&NetworkClient::cleanup),
-        placeOf(&NetworkClient::sendInt), placeOf(&NetworkClient::rcvInt),
-        placeOf(&NetworkClient::isInit),  placeOf(&NetworkClient::isConnected)};
+        placeOf(&NetworkClient::init),       placeOf(&NetworkClient::connect),
+        placeOf(&NetworkClient::send),       placeOf(&NetworkClient::close),
+        placeOf(&NetworkClient::recv),       placeOf(&NetworkClient::cleanup),
+        placeOf(&NetworkClient::sendInt),    placeOf(&NetworkClient::rcvInt),
+        placeOf(&NetworkClient::isInit),     placeOf(&NetworkClient::isConnected),
+        placeOf(&NetworkClient::setDeadline)};
     for (std::size_t slot = 0; slot < places.size(); ++slot) {
         const auto step = static_cast<std::ptrdiff_t>(slot * sizeof(void*));
         EXPECT_EQ(places[slot] - places[0], step) << "slot " << slot;

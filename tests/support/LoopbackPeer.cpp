@@ -161,6 +161,16 @@ void LoopbackPeer::Line::sendInPieces(const std::string& bytes,
     }
 }
 
+void LoopbackPeer::Line::trickle(const std::string& bytes, std::chrono::milliseconds pause) {
+    for (const char byte : bytes) {
+        std::array<pollfd, 2> watched{{{descriptor_, POLLIN, 0}, {peer_.interrupt_[0], POLLIN, 0}}};
+        if (::send(descriptor_, &byte, 1, MSG_DONTWAIT | MSG_NOSIGNAL) != 1 ||
+            poll(watched.data(), watched.size(), static_cast<int>(pause.count())) != 0) {
+            return;
+        }
+    }
+}
+
 void LoopbackPeer::Line::waitUntilRead() {
     const Clock::time_point end = Clock::now() + patience;
     while (!everythingRead(descriptor_)) {

@@ -13,6 +13,7 @@
 // ends the script, and finish says where.
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <functional>
 #include <string>
@@ -34,6 +35,9 @@ class LoopbackPeer {
         // Sends the pieces one by one, each after the client has read the one before. What is
         // left over after the given sizes is the last piece.
         void sendInPieces(const std::string& bytes, const std::vector<std::size_t>& sizes);
+
+        // Sends byte by byte with a pause after each, until the client has closed.
+        void trickle(const std::string& bytes, std::chrono::milliseconds pause);
 
         // Waits until the client has read everything that was sent.
         void waitUntilRead();

@@ -3,7 +3,9 @@
 
 #include "foundation/qvrApi.h"
 
+#include <chrono>
 #include <new>
+#include <optional>
 
 namespace QVR {
 
@@ -45,8 +47,8 @@ class QVR_API NetworkClient {
     // Reads exactly `length` bytes into `buffer`, blocking. A null buffer or a length below 1
     // reads nothing and returns `length`. Otherwise the size of the last piece that arrived
     // (`length` itself only when all came in one piece), the negative result of a failed read,
-    // or -50 when the peer has closed. After a failure the connection is gone, though isConnected
-    // stays true until `close`.
+    // -50 when the peer has closed, or -51 when the deadline has passed. After a failure the
+    // connection is gone, though isConnected stays true until `close`.
     virtual int recv(char* buffer, int length) = 0;
 
     // Closes and releases what init took. Always 0.
@@ -63,6 +65,13 @@ class QVR_API NetworkClient {
 
     // Whether there is a connection, as far as this end has been told; see recv.
     virtual bool isConnected() = 0;
+
+    using Clock = std::chrono::steady_clock;
+
+    // When connect and recv give up, however much has come by then; nothing: never. One moment
+    // for all that follows, so that a server which sends a byte at a time gains no time by it.
+    // Name lookup is not limited. A client that cannot do it waits as without.
+    virtual void setDeadline(std::optional<Clock::time_point> deadline);
 };
 #pragma GCC diagnostic pop
 

@@ -2,20 +2,24 @@
 
 #include "foundation/Logger.h"
 
+#include <algorithm>
 #include <cassert>
 #include <cerrno>
 #include <chrono>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
+#include <limits>
 #include <memory>
 #include <new>
 #include <string>
 #include <thread>
 
 #include <arpa/inet.h>
+#include <fcntl.h>
 #include <netdb.h>
 #include <netinet/in.h>
+#include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -24,6 +28,7 @@ namespace QVR {
 namespace {
 
 constexpr int peerClosed = -50;
+constexpr int outOfTime = -51;
 
 // A closed peer shows as reads of nothing; a server that is being restarted shows as a few.
 constexpr int emptyReadLimit = 4000;
@@ -117,7 +122,7 @@ int TcpClientWin::connect(const char* host, const char* port) {
             std::printf("Could not create socket : %d", errno);
             return -2;
         }
-        lastResult = ::connect(socket, entry->ai_addr, entry->ai_addrlen);
+        lastResult = connectInTime(entry->ai_addr, entry->ai_addrlen);
         if (lastResult == 0) {
             break;
         }
@@ -162,7 +167,12 @@ int TcpClientWin::recv(char* buffer, int length) {
     int piece = 0;
     do {
         const auto missing = static_cast<std::size_t>(length - received);
-        piece = static_cast<int>(::recv(liveDescriptor(), buffer + received, missing, 0));
+        piece = receiveInTime(buffer + received, missing);
+        if (piece == outOfTime) {
+            Logger::Log("Data reception did not end in time.");
+            releaseDescriptor();
+            return outOfTime;
+        }
         if (piece < 0) {
             const int error = errno;
             Logger::Log("Can be good: rcvArr socket: " + std::to_string(socket) +
@@ -189,6 +199,55 @@ int TcpClientWin::recv(char* buffer, int length) {
     }
     return piece;
 }
+
+void TcpClientWin::setDeadline(std::optional<Clock::time_point> deadline) {
+    deadline_ = deadline;
+}
+
+int TcpClientWin::awaitInTime(short event) const {
+    using std::chrono::milliseconds;
+    // Asked even when something is there already: bytes that never run out end in time as well.
+    const auto left = std::chrono::ceil<milliseconds>(*deadline_ - Clock::now());
+    if (left <= milliseconds::zero()) {
+        return outOfTime;
+    }
+    constexpr milliseconds longest{std::numeric_limits<int>::max()};
+    pollfd watched{socket, event, 0};
+    const int ready = poll(&watched, 1, static_cast<int>(std::min(left, longest).count()));
+    return ready > 0 ? 0 : ready == 0 ? outOfTime : -1;
+}
+
+int TcpClientWin::connectInTime(const sockaddr* address, unsigned int addressSize) const {
+    if (!deadline_) {
+        return ::connect(socket, address, addressSize);
+    }
+    const int flags = fcntl(socket, F_GETFL);
+    fcntl(socket, F_SETFL, flags | O_NONBLOCK);
+    int result = ::connect(socket, address, addressSize);
+    if (result < 0 && errno == EINPROGRESS) {
+        int error = 0;
+        socklen_t size = sizeof error;
+        const bool connected = awaitInTime(POLLOUT) == 0 &&
+                               getsockopt(socket, SOL_SOCKET, SO_ERROR, &error, &size) == 0 &&
+                               error == 0;
+        result = connected ? 0 : -1;
+    }
+    fcntl(socket, F_SETFL, flags);
+    return result;
+}
+
+int TcpClientWin::receiveInTime(char* buffer, std::size_t size) const {
+    const int descriptor = liveDescriptor();
+    if (deadline_ && descriptor >= 0) {
+        const int wait = awaitInTime(POLLIN);
+        if (wait != 0) {
+            return wait;
+        }
+    }
+    return static_cast<int>(::recv(descriptor, buffer, size, 0));
+}
+
+void NetworkClient::setDeadline(std::optional<Clock::time_point>) {}
 
 NetworkClient* NetworkClient::mkClient() {
     return new (std::nothrow) TcpClientWin;

@@ -4,6 +4,10 @@
 #include "foundation/qvrApi.h"
 #include "serverClient/NetworkClient.h"
 
+#include <cstddef>
+
+struct sockaddr;
+
 namespace QVR {
 
 // Without a virtual destructor, as NetworkClient says.
@@ -21,6 +25,7 @@ class QVR_API TcpClientWin : public NetworkClient {
     int rcvInt(int* value) override;
     bool isInit() override;
     bool isConnected() override;
+    void setDeadline(std::optional<Clock::time_point> deadline) override;
 
     int socket = -1;    // the descriptor; -1 when closed; keeps its value after a failed recv
     int lastResult = 0; // of the last name lookup, connect or send
@@ -31,7 +36,14 @@ class QVR_API TcpClientWin : public NetworkClient {
     int liveDescriptor() const;
     void releaseDescriptor();
 
+    // The system's connect and one recv with their results, but not beyond the deadline.
+    int connectInTime(const sockaddr* address, unsigned int addressSize) const;
+    int receiveInTime(char* buffer, std::size_t size) const;
+    // Waits for the event: 0 when it is there, -51 when the deadline has passed, else -1.
+    int awaitInTime(short event) const;
+
     int releasedDescriptor_ = -1;
+    std::optional<Clock::time_point> deadline_;
 };
 #pragma GCC diagnostic pop
 

@@ -135,7 +135,8 @@ def main():
     folder.mkdir(exist_ok=True)
     write(folder / "touch.json", touch_document())
     write(folder / "touch_projectionMap.json", projection_document())
-    write(folder / "touch_client.json", {"ip": "127.0.0.1", "port": 27016})
+    write(folder / "touch_client.json", {"ip": "127.0.0.1", "port": 27016,
+                                         "receiveTimeoutMs": 2000, "reconnectReadsHeader": True})
 
 
 if __name__ == "__main__":
