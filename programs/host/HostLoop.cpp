@@ -13,8 +13,8 @@ constexpr float moveDistance = 1.0f; // a millimetre or a pixel
 constexpr double firstRetryPause = 0.05;
 constexpr double longestRetryPause = 0.5;
 constexpr std::size_t rateFrames = 60;
-constexpr int headerFailed = -3;
-constexpr int frameFailed = -101;
+// A server that fills in for a lost camera begins after a second.
+constexpr int receiveTimeoutMs = 2000;
 
 std::string nameOf(const std::optional<ServerAddress>& server) {
     return server ? server->host + ":" + std::to_string(server->port)
@@ -35,7 +35,7 @@ bool HostLoop::run() {
     startClient();
     while (!finished()) {
         const double updateStart = now();
-        const int result = update();
+        const int result = plugin_.update();
         if (stop_.stopAsked() && result < 0) {
             break; // the failure is our own interruption
         }
@@ -44,15 +44,11 @@ bool HostLoop::run() {
         } else {
             takeFailure(result);
         }
-        observer_(state_, result == 0 && std::exchange(newInstance_, false));
+        observer_(state_, result == 0 && std::exchange(newConnection_, false));
         if (result == 0) {
             pauseUntilNextUpdate(updateStart);
         } else {
             stop_.pause(retryPause_);
-        }
-        if (restartClient_ && !stop_.stopAsked()) {
-            plugin_.shutDown();
-            startClient();
         }
     }
     plugin_.shutDown();
@@ -60,25 +56,14 @@ bool HostLoop::run() {
 }
 
 void HostLoop::startClient() {
-    restartClient_ = false;
-    newInstance_ = true;
+    plugin_.setReceiveTimeout(receiveTimeoutMs);
     if (options_.server) {
         plugin_.initClientWithCustomServer(options_.server->host.c_str(), options_.server->port);
     } else {
         plugin_.init();
     }
-}
-
-int HostLoop::update() {
-    const int result = plugin_.update();
-    // The client reads the header inside init as well, where its result is not seen, and takes
-    // every later update for a success. Such frames are no frames.
-    const bool noSizes =
-        plugin_.getTouchPoolSize() <= 0 && plugin_.getDimX() <= 0 && plugin_.getColorDimX() <= 0;
-    if (PluginMessages::takeHeaderFailure() || (result == 0 && noSizes)) {
-        return headerFailed;
-    }
-    return result;
+    // Whatever the settings file says: this loop counts on updates that go on after a failure.
+    plugin_.setReconnectReadsHeader(true);
 }
 
 void HostLoop::takeFrame() {
@@ -86,7 +71,7 @@ void HostLoop::takeFrame() {
     state_.now = now();
     state_.lastFrame = state_.now;
     ++state_.frames;
-    if (newInstance_ && options_.projectionMap) {
+    if (newConnection_ && options_.projectionMap) {
         plugin_.loadProjectionMap(*options_.projectionMap);
     }
     state_.connection = Connection::connected;
@@ -118,9 +103,7 @@ void HostLoop::takeFailure(int result) {
     state_.message = PluginMessages::notable();
     arrivals_.clear();
     retryPause_ = std::clamp(2 * retryPause_, firstRetryPause, longestRetryPause);
-    // An instance reads the header of its first connection only, but a server begins every
-    // connection with one: after a broken stream only a new instance reads in step again.
-    restartClient_ = result == frameFailed || result == headerFailed;
+    newConnection_ = true;
 }
 
 std::vector<Touch> HostLoop::readTouches() const {

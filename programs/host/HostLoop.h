@@ -32,8 +32,8 @@ struct LoopOptions {
 class HostLoop {
   public:
     // Called once before and after every update, with the state and whether this is the first
-    // frame of a new client instance, which knows no texture buffers and may have other sizes.
-    using Observer = std::function<void(const HostState& state, bool firstOfInstance)>;
+    // frame of a connection, whose images may have other sizes than those before.
+    using Observer = std::function<void(const HostState& state, bool firstOfConnection)>;
 
     HostLoop(const PluginFunctions& plugin, LoopOptions options, StopSwitch& stop,
              Observer observer);
@@ -44,8 +44,6 @@ class HostLoop {
 
   private:
     void startClient();
-    // One update; a header that was not understood counts as the failure it is.
-    int update();
     void takeFrame();
     void takeFailure(int result);
     std::vector<Touch> readTouches() const;
@@ -61,8 +59,7 @@ class HostLoop {
     TouchTable table_;
     HostState state_;
     std::vector<double> arrivals_; // of the newest frames
-    bool newInstance_ = true;
-    bool restartClient_ = false;
+    bool newConnection_ = true;
     double retryPause_ = 0;
 };
 

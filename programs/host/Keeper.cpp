@@ -36,11 +36,11 @@ bool Keeper::isBetter(const Rank& one, const Rank& other) {
            std::make_tuple(other.resting, -other.others, -other.movement);
 }
 
-void Keeper::consider(const HostState& state, bool firstOfInstance) {
+void Keeper::consider(const HostState& state, bool firstOfConnection) {
     if (state.connection != Connection::connected) {
         return;
     }
-    if (firstOfInstance) {
+    if (firstOfConnection) {
         textures_.lend(plugin_);
     }
     const Rank rank = this->rank(state.touches);

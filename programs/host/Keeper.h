@@ -19,7 +19,7 @@ class Keeper {
     explicit Keeper(const PluginFunctions& plugin) : plugin_(plugin) {}
 
     // For every state of the loop, on its thread.
-    void consider(const HostState& state, bool firstOfInstance);
+    void consider(const HostState& state, bool firstOfConnection);
     // Nothing before the first frame.
     const std::optional<Snapshot>& best() const { return best_; }
 

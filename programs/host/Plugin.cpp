@@ -110,6 +110,8 @@ const char* Plugin::lookUpFunctions() {
     lookUp("initClientWithCustomServer", f.initClientWithCustomServer);
     lookUp("shutDown", f.shutDown);
     lookUp("update", f.update);
+    lookUp("setReceiveTimeout", f.setReceiveTimeout);
+    lookUp("setReconnectReadsHeader", f.setReconnectReadsHeader);
     lookUp("hasDepthCamera", f.hasDepthCamera);
     lookUp("getDimX", f.getDimX);
     lookUp("getDimY", f.getDimY);

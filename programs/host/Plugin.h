@@ -19,6 +19,8 @@ struct PluginFunctions {
     void (*initClientWithCustomServer)(const char* address, unsigned port) = nullptr;
     void (*shutDown)() = nullptr;
     int (*update)() = nullptr;
+    void (*setReceiveTimeout)(int milliseconds) = nullptr;
+    void (*setReconnectReadsHeader)(bool on) = nullptr;
     bool (*hasDepthCamera)() = nullptr;
     int (*getDimX)() = nullptr;
     int (*getDimY)() = nullptr;

@@ -14,11 +14,6 @@ bool startsWith(std::string_view text, std::string_view start) {
     return text.substr(0, start.size()) == start;
 }
 
-bool tellsOfBrokenHeader(std::string_view text) {
-    return startsWith(text, "Could not read ProtocolHeader") ||
-           startsWith(text, "Wrong protocol version");
-}
-
 bool isNotable(std::string_view text) {
     if (startsWith(text, "ERROR!  The networkClient could not connect!")) {
         return false; // the connection state says it already
@@ -57,7 +52,6 @@ void PluginMessages::attach(const PluginFunctions& plugin, bool echo) {
         const std::lock_guard lock(self.mutex_);
         self.seen_.clear();
         self.notable_.clear();
-        self.headerFailed_ = false;
         self.echo_ = echo;
     }
     plugin.registerDebugCallback(&PluginMessages::receive);
@@ -73,23 +67,12 @@ std::string PluginMessages::notable() {
     return self.notable_;
 }
 
-bool PluginMessages::takeHeaderFailure() {
-    PluginMessages& self = instance();
-    const std::lock_guard lock(self.mutex_);
-    const bool failed = self.headerFailed_;
-    self.headerFailed_ = false;
-    return failed;
-}
-
 void PluginMessages::receive(const char* message) {
     PluginMessages& self = instance();
     const std::string text = oneLine(message != nullptr ? message : "");
     const std::lock_guard lock(self.mutex_);
     if (self.echo_) {
         std::fprintf(stderr, "plug-in: %s\n", text.c_str());
-    }
-    if (tellsOfBrokenHeader(text)) {
-        self.headerFailed_ = true;
     }
     if (isNotable(text) && self.seen_.size() < mostTexts && self.seen_.insert(text).second) {
         self.notable_ = text;

@@ -20,8 +20,6 @@ class PluginMessages {
     // The newest message a user should see once: warnings and errors, each text only the first
     // time it comes, without the lines that every connection attempt repeats.
     static std::string notable();
-    // True once after the plug-in said that a stream did not begin with a header it understands.
-    static bool takeHeaderFailure();
 
     // What the callback does; public for tests.
     static void receive(const char* message);
@@ -33,7 +31,6 @@ class PluginMessages {
     std::set<std::string> seen_;
     std::string notable_;
     bool echo_ = false;
-    bool headerFailed_ = false;
 };
 
 } // namespace host

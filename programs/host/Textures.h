@@ -21,8 +21,8 @@ class Textures {
     Textures(const Textures&) = delete;
     Textures& operator=(const Textures&) = delete;
 
-    // Hands the buffers to the plug-in, in the sizes it tells now. For every new instance of the
-    // client, after its first frame.
+    // Hands the buffers to the plug-in, in the sizes it tells now. After the first frame of every
+    // connection.
     void lend(const PluginFunctions& plugin);
     // The streams of the last frame. A stream that is not sent, or that is larger than any camera
     // sends (64 million pixels), gives an empty picture.

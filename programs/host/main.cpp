@@ -83,13 +83,13 @@ int run(const host::Options& options) {
     {
         host::StopSwitch stop(options.seconds, [&] { return view->tick(); });
         host::HostLoop loop(functions, options.loop, stop,
-                            [&](const host::HostState& state, bool firstOfInstance) {
+                            [&](const host::HostState& state, bool firstOfConnection) {
                                 view->show(state);
                                 if (log && state.now > 0) {
                                     log->write(state);
                                 }
                                 if (keeper) {
-                                    keeper->consider(state, firstOfInstance);
+                                    keeper->consider(state, firstOfConnection);
                                 }
                                 last = state;
                             });

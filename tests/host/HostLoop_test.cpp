@@ -26,9 +26,9 @@ class HostLoopScripts : public testing::Test {
         options.server = host::ServerAddress{"server", port};
         host::StopSwitch stop(seconds, [] { return true; });
         host::HostLoop loop(plugin->functions(), options, stop,
-                            [this](const HostState& state, bool firstOfInstance) {
+                            [this](const HostState& state, bool firstOfConnection) {
                                 states.push_back(state);
-                                instances += firstOfInstance ? 1 : 0;
+                                connections += firstOfConnection ? 1 : 0;
                             });
         return loop.run();
     }
@@ -44,7 +44,7 @@ class HostLoopScripts : public testing::Test {
     std::unique_ptr<host::Plugin> plugin;
     host::LoopOptions options;
     std::vector<HostState> states;
-    int instances = 0;
+    int connections = 0;
 };
 
 TEST_F(HostLoopScripts, TellsTheStateBeforeTheFirstUpdate) {
@@ -100,29 +100,35 @@ TEST_F(HostLoopScripts, LeavesOnTimeWhileAFrameDoesNotCome) {
     EXPECT_GE(states.back().live.size(), 1u);
 }
 
-TEST_F(HostLoopScripts, LiftsAllTouchesAndReadsOnWithANewInstance) {
+class HostLoopFailures : public HostLoopScripts, public testing::WithParamInterface<int> {};
+
+TEST_P(HostLoopFailures, LiftAllTouchesAndTheLoopReadsOn) {
     options.frames = 15;
-    EXPECT_TRUE(run(4));
+    EXPECT_TRUE(run(static_cast<unsigned>(100 - GetParam())));
     EXPECT_EQ(states.back().frames, 15u);
-    EXPECT_EQ(instances, 2);
+    EXPECT_EQ(connections, 2);
     ASSERT_EQ(failures(), 1u);
     const HostState& failed = states[11];
-    EXPECT_EQ(failed.result, -101);
+    EXPECT_EQ(failed.result, GetParam());
     EXPECT_EQ(failed.connection, Connection::lost);
     EXPECT_TRUE(failed.touches.empty());
     EXPECT_TRUE(failed.live.empty());
     ASSERT_EQ(failed.changes.size(), 3u);
-    EXPECT_EQ(failed.changes[0].kind, host::TouchChange::Kind::up);
+    for (const host::TouchChange& change : failed.changes) {
+        EXPECT_EQ(change.kind, host::TouchChange::Kind::up);
+    }
 }
 
-TEST_F(HostLoopScripts, CountsNoFramesOfAClientThatMissedTheHeader) {
+INSTANTIATE_TEST_SUITE_P(EveryResult, HostLoopFailures, testing::Values(-1, -2, -3, -100, -101));
+
+TEST_F(HostLoopScripts, TriesAgainAfterAHeaderThatItDoesNotUnderstand) {
     options.frames = 2;
     EXPECT_TRUE(run(5));
     EXPECT_EQ(states[1].result, -3);
     EXPECT_EQ(states[1].frames, 0u);
     EXPECT_EQ(states[1].connection, Connection::waiting);
     EXPECT_EQ(states.back().frames, 2u);
-    EXPECT_EQ(instances, 1);
+    EXPECT_EQ(connections, 1);
 }
 
 TEST_F(HostLoopScripts, LoadsTheProjectionMapWhenAskedTo) {

@@ -3,10 +3,11 @@
 //   port 1  no server answers
 //   port 2  frames with three fingers that circle over the surface, then lift for a while
 //   port 3  one frame, then the server stalls: update blocks until a signal interrupts it
-//   port 4  frames that break after every tenth; only a new instance reads on
-//   port 5  the first instance gets a header it does not understand and then "succeeds" for ever
+//   port 5  the first update gets a header it does not understand
 //   port 6  as 2, in depth pixels with touches only: no picture streams
+//   above 100  after every tenth frame an update gives 100 - port instead, -101 for port 201
 //
+// An update after a failed one goes on when the host has asked for headers to be read again.
 // Registering a log callback begins the script anew.
 // Calibration: display = ((column - 20) / 2, (row - 10) / 2, depth / 8).
 #include <array>
@@ -30,7 +31,8 @@ constexpr int slots = 10;
 
 void (*logCallback)(const char*) = nullptr;
 bool exists = false;
-int instances = 0;
+bool readsHeaders = false;
+bool failed = false;
 unsigned port = 2;
 int frame = 0;
 int readIndex = -1;
@@ -98,20 +100,21 @@ void say(const char* text) {
 PLUGIN void registerDebugCallback(void (*callback)(const char*)) {
     logCallback = callback;
     exists = false;
-    instances = 0;
+    readsHeaders = false;
 }
 PLUGIN void printDebug(bool) {}
 PLUGIN void init() {
     exists = true;
-    ++instances;
+    failed = false;
     frame = 0;
 }
 PLUGIN void initClientWithCustomServer(const char*, unsigned number) {
     init();
     port = number;
-    if (port == 5 && instances == 1) {
-        say("Wrong protocol version. Client 2 Server 1\n");
-    }
+}
+PLUGIN void setReceiveTimeout(int) {}
+PLUGIN void setReconnectReadsHeader(bool on) {
+    readsHeaders = on;
 }
 PLUGIN void shutDown() {
     exists = false;
@@ -128,9 +131,19 @@ PLUGIN int update() {
         poll(nullptr, 0, -1);
         return -101;
     }
-    if (port == 4 && frame >= 10) {
+    if (port == 5 && !failed) {
+        say("Wrong protocol version. Client 2 Server 1\n");
+        failed = true;
+        return -3;
+    }
+    if (port > 100 && frame > 0 && frame % 10 == 0 && !failed) {
+        failed = true;
+        return 100 - static_cast<int>(port);
+    }
+    if (failed && !readsHeaders) {
         return -101;
     }
+    failed = port == 5;
     std::this_thread::sleep_for(std::chrono::milliseconds(10));
     ++frame;
     return 0;

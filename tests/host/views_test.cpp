@@ -150,13 +150,4 @@ TEST_F(Messages, LeaveOutWhatEveryAttemptRepeats) {
     EXPECT_EQ(PluginMessages::notable(), "");
 }
 
-TEST_F(Messages, NoticeABrokenHeader) {
-    EXPECT_FALSE(PluginMessages::takeHeaderFailure());
-    PluginMessages::receive("Could not read ProtocolHeader: 24");
-    EXPECT_TRUE(PluginMessages::takeHeaderFailure());
-    EXPECT_FALSE(PluginMessages::takeHeaderFailure());
-    PluginMessages::receive("Wrong protocol version. Client 2 Server 1\n");
-    EXPECT_TRUE(PluginMessages::takeHeaderFailure());
-}
-
 } // namespace

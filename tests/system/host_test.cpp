@@ -227,6 +227,19 @@ TEST_F(HostProgram, SurvivesARestartedServer) {
     EXPECT_EQ(host->end().describe(), "exit code 0");
 }
 
+// The connection stays open, but nothing comes until the process goes on.
+TEST_F(HostProgram, GoesOnAfterAServerThatHungForAWhile) {
+    const auto server = startServer();
+    const auto host = startHost("host");
+    ASSERT_TRUE(waitUntil([&] { return frames("host") >= 3; }));
+    kill(server->id(), SIGSTOP);
+    EXPECT_TRUE(waitUntil([&] { return wrote("host", "connection lost, trying again"); }));
+    kill(server->id(), SIGCONT);
+    const std::size_t before = frames("host");
+    EXPECT_TRUE(waitUntil([&] { return frames("host") >= before + 10; })) << text("host");
+    EXPECT_EQ(host->end().describe(), "exit code 0");
+}
+
 // The live picture needs a terminal, which tmux plays.
 class HostTerminal : public HostProgram {
   protected:
