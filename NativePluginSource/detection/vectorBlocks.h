@@ -156,8 +156,8 @@ class BlockCounter {
             const Vector center = Form::load(row(2) + x);
             const typename Form::Interval same(Form::subtractHeld(center, difference_),
                                                Form::addHeld(center, difference_));
-            counts[i] = countWithin(same, row(0) + x, row(1) + x, row(2) + x, row(3) + x,
-                                    row(4) + x);
+            counts[i] =
+                countWithin(same, row(0) + x, row(1) + x, row(2) + x, row(3) + x, row(4) + x);
         }
     }
 

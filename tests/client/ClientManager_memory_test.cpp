@@ -2,9 +2,12 @@
 #include "client/ClientFixture.h"
 #include "client/ClientManager.h"
 #include "client/plugin.h"
+#include "serverClient/TcpClientWin.h"
 
+#include <array>
 #include <atomic>
 #include <cstdlib>
+#include <cstring>
 #include <new>
 #include <string>
 
@@ -13,9 +16,11 @@ namespace {
 bool refuseNothrow = false;
 std::size_t largest = static_cast<std::size_t>(-1);
 std::atomic<int> allocations = 0;
+std::atomic<std::size_t> allocatedBytes = 0;
 
 void* allocate(std::size_t size) {
     ++allocations;
+    allocatedBytes += size;
     void* memory = size <= largest ? std::malloc(size) : nullptr;
     if (memory == nullptr) {
         throw std::bad_alloc();
@@ -145,6 +150,67 @@ TEST_F(ClientManagerMemory, ARestartedServerWhoseImagesDoNotFitIsTriedAgain) {
     EXPECT_EQ(readTouches().size(), 30u);
     EXPECT_EQ(update(), 0);
     EXPECT_EQ(peer.finish(), "");
+}
+
+// A server that begins with any header, without the network's time.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
+class HeaderClient final : public QVR::TcpClientWin {
+  public:
+    int connect(const char*, const char*) override {
+        socket = 0;
+        return 0;
+    }
+    int close() override {
+        socket = -1;
+        return 0;
+    }
+    int recv(char* buffer, int length) override {
+        if (length != sizeof header) {
+            return -1;
+        }
+        std::memcpy(buffer, &header, sizeof header);
+        return length;
+    }
+    QVR::ProtocolHeader header;
+};
+#pragma GCC diagnostic pop
+
+TEST_F(ClientManagerMemory, GarbageHeadersAllocateNoMoreThanTheirLimits) {
+    using Field = std::uint32_t QVR::ProtocolHeader::*;
+    using Header = QVR::ProtocolHeader;
+    constexpr std::array<std::array<Field, 4>, 3> images = {{
+        {&Header::colorX, &Header::colorY, &Header::colorChannels, &Header::colorDepth},
+        {&Header::depthX, &Header::depthY, &Header::depthChannels, &Header::depthDepth},
+        {&Header::processedX, &Header::processedY, &Header::processedChannels,
+         &Header::processedDepth},
+    }};
+    constexpr std::array<std::uint32_t, 5> values = {0, 1, 0x10000, 0x7FFFFFFF, 0xFFFFFFFF};
+    constexpr std::size_t imageLimit = ClientManager::maxImageBytes;
+    constexpr std::size_t slotLimit = std::size_t{65536} * (28 + 3 * sizeof(double));
+    constexpr std::size_t messages = 100'000;
+
+    initWithoutServer();
+    ClientManager::reconnectReadsHeader = true;
+    QVR::NetworkClient* real = client().networkClient;
+    HeaderClient scripted;
+    client().networkClient = &scripted;
+    for (const auto& image : images) {
+        constexpr std::size_t combinations = 5 * 5 * 5 * 5;
+        for (std::size_t number = 0; number < combinations; ++number) {
+            scripted.header = support::touchesOnlyHeader();
+            std::size_t rest = number;
+            for (const Field field : image) {
+                scripted.header.*field = values.at(rest % values.size());
+                rest /= values.size();
+            }
+            scripted.header.touchCount = values.at(number % values.size());
+            const std::size_t before = allocatedBytes;
+            EXPECT_THAT(update(), testing::AnyOf(-3, -101));
+            ASSERT_LE(allocatedBytes - before, imageLimit + slotLimit + messages) << number;
+        }
+    }
+    client().networkClient = real;
 }
 
 TEST_F(ClientManagerMemory, AFrameNeedsNoMoreMemory) {

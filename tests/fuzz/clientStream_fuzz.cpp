@@ -75,10 +75,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
     initClientWithCustomServer("camera", 27016);
     const QVR::ProtocolHeader& header = QVR::ClientManager::Get()->header;
-    auto color =
-        textureFor(header.colorX, header.colorY, header.colorChannels, header.colorDepth);
-    auto depth =
-        textureFor(header.depthX, header.depthY, header.depthChannels, header.depthDepth);
+    auto color = textureFor(header.colorX, header.colorY, header.colorChannels, header.colorDepth);
+    auto depth = textureFor(header.depthX, header.depthY, header.depthChannels, header.depthDepth);
     auto processed = textureFor(header.processedX, header.processedY, header.processedChannels,
                                 header.processedDepth);
     setColorTexture(orNull(color));
@@ -86,7 +84,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     setProcessedTexture(orNull(processed));
     for (int frame = 0; frame < 3; ++frame) {
         const int result = update();
-        fuzzing::require(result == 0 || result == -101 || result == -3, "update gives a known code");
+        fuzzing::require(result == 0 || result == -101 || result == -3,
+                         "update gives a known code");
         showFrame();
     }
     shutDown();

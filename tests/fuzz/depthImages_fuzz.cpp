@@ -46,9 +46,8 @@ Sequence readSequence(fuzzing::Input& input) {
     sequence.settings = (switches & 1U) != 0 ? random.settings() : readSettings(input);
     for (unsigned count = 0; count <= switches / 64U; ++count) {
         sequence.images.push_back(
-            (switches & 2U) != 0
-                ? random.image(sequence.width, sequence.height, sequence.settings)
-                : literal::Image(sequence.width, sequence.height));
+            (switches & 2U) != 0 ? random.image(sequence.width, sequence.height, sequence.settings)
+                                 : literal::Image(sequence.width, sequence.height));
         literal::Image& image = sequence.images.back();
         const std::size_t start = input.number<std::uint16_t>();
         const std::size_t values = input.byte();

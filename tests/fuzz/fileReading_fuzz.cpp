@@ -17,6 +17,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
                      "a file is read as it is");
     const std::string found = QVR::utils::findFilePath(path);
     fuzzing::require(found.ends_with(path), "a path is kept behind the volume");
-    fuzzing::require(QVR::utils::readFileContent(volume.path("")).empty(), "a folder has no content");
+    fuzzing::require(QVR::utils::readFileContent(volume.path("")).empty(),
+                     "a folder has no content");
     return 0;
 }

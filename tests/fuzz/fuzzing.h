@@ -28,8 +28,9 @@ inline void require(bool holds, const char* what) {
 
 // Reads every message to its end and keeps none.
 inline void swallowMessages() {
-    QVR::Logger::RegisterDebugCallback(
-        [](const char* text) { require(std::strlen(text) < std::size_t{1} << 30, "a message ends"); });
+    QVR::Logger::RegisterDebugCallback([](const char* text) {
+        require(std::strlen(text) < std::size_t{1} << 30, "a message ends");
+    });
 }
 
 // Hands the bytes out from the front; what is missing reads as 0.

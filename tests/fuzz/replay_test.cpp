@@ -1,7 +1,7 @@
 // Every file of a target's corpus through the target, in the builds that everybody makes. The
 // corpus folder is this program's argument.
-#include "fuzzing.h"
 #include "foundation/utils.h"
+#include "fuzzing.h"
 
 #include <filesystem>
 #include <vector>

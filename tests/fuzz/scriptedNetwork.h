@@ -8,11 +8,11 @@
 namespace fuzzing {
 
 struct Network {
-    bool reachable = true;   // otherwise every connection is refused
-    std::string bytes;       // what the server sends, over all connections together
-    std::size_t sent = 0;    // of these
-    std::size_t piece = 0;   // most bytes that one read gets; 0: as many as it asks for
-    bool breaks = false;     // at the end a read fails; otherwise the server has closed
+    bool reachable = true; // otherwise every connection is refused
+    std::string bytes;     // what the server sends, over all connections together
+    std::size_t sent = 0;  // of these
+    std::size_t piece = 0; // most bytes that one read gets; 0: as many as it asks for
+    bool breaks = false;   // at the end a read fails; otherwise the server has closed
 };
 
 // What the next calls see.

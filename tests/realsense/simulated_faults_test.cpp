@@ -32,8 +32,8 @@ class SimulatedFaults : public testing::Test {
 
     // A camera that is opened and started now; null when there is none.
     std::unique_ptr<camera::StreamDevice> open(const std::string& keys = "pace=off") {
-        auto source = camera::simulated::underFaults(camera::makeSimulatedSource(options(keys)),
-                                                     course);
+        auto source =
+            camera::simulated::underFaults(camera::makeSimulatedSource(options(keys)), course);
         if (!source)
             return nullptr;
         auto device = std::make_unique<camera::StreamDevice>(std::move(source), clock);

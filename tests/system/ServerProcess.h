@@ -25,6 +25,7 @@ class ServerProcess {
     // the line does not come within 20 seconds.
     std::uint16_t waitForPort();
 
+    pid_t id() const { return pid_; }
     void signal(int number) const;
 
     // Its exit code; nothing when it does not end within 20 seconds, or ends by a signal.

@@ -91,8 +91,7 @@ const std::string changed =
 } // namespace
 
 TEST_F(ServerFaults, KeepsItsClientsThroughEveryLossAndSaysEachOnce) {
-    ServerProcess server(folder.path(),
-                         withCamera("fault=vanish@30+fail@60+stall@90,lasting=1.5"));
+    ServerProcess server(folder.path(), withCamera("fault=vanish@30+fail@60+stall@90,lasting=1.5"));
     RawClient client(server.waitForPort());
     client.readHeader();
     EXPECT_TRUE(readUntil(client, [&] { return story(server).size() == 6; }));
@@ -175,9 +174,9 @@ TEST_F(ServerFaults, LeavesNothingBehindWhenEndedWhileItServes) {
     const std::set<std::string> before = files();
     std::string port = "0";
     for (int round = 0; round < 6; ++round) {
-        ServerProcess server(folder.path(),
-                             withCamera("pace=off", {"--port", port, "--color", "--processed",
-                                                     "--touch-log", log}));
+        ServerProcess server(
+            folder.path(),
+            withCamera("pace=off", {"--port", port, "--color", "--processed", "--touch-log", log}));
         const std::uint16_t number = server.waitForPort();
         port = std::to_string(number);
         RawClient stalled(number, 4096);

@@ -102,9 +102,9 @@ class FaultySource final : public FrameSource {
 } // namespace
 
 FaultCourse::FaultCourse(const SourceOptions& options, Clock& clock)
-    : clock_(clock), lasting_(std::chrono::duration_cast<Clock::Time::duration>(
-                         std::chrono::duration<double>(
-                             options.number("lasting", usualLength, 0.0, longestLength)))) {
+    : clock_(clock),
+      lasting_(std::chrono::duration_cast<Clock::Time::duration>(std::chrono::duration<double>(
+          options.number("lasting", usualLength, 0.0, longestLength)))) {
     if (!options.has("fault")) {
         if (options.has("lasting"))
             throw std::runtime_error("simulated: lasting belongs to fault");
