@@ -8,7 +8,8 @@
 // A row is taken in chunks of at most 256 pixels, whose sums of products fit 32 bits: the
 // multiplication is signed, so e is moved down by 32768, times a column of the chunk below 256,
 // and at most 33 vectors add up. The last vector of a chunk overlaps the one before it; the lanes
-// that were counted already are cleared. Fewer pixels than lanes are left to the plain form.
+// that were counted already are cleared. Fewer pixels than lanes are copied in front of pixels too
+// far to count: most runs are a fingertip wide, less than the widest vector.
 #pragma once
 
 #include "detection/detectionKernels.h"
@@ -68,16 +69,28 @@ ChunkSums sumChunk(const unsigned short* depth, std::uint32_t length, std::uint1
 }
 
 template <class Form>
+ChunkSums sumShortChunk(const unsigned short* depth, std::uint32_t length, std::uint16_t cutoff) {
+    alignas(64) std::uint16_t padded[Form::lanes];
+    Form::store(Form::all(0xffff), padded);
+    for (std::uint32_t i = 0; i < length; ++i) {
+        padded[i] = depth[i];
+    }
+    return sumChunk<Form>(padded, Form::lanes, cutoff);
+}
+
+template <class Form>
 void addChunksToCenter(const unsigned short* depthRow, std::uint32_t first, std::uint32_t last,
                        std::uint32_t y, std::uint16_t cutoff, std::uint32_t bias,
                        CenterSums& sums) {
     constexpr std::uint32_t chunkPixels = 256;
     std::uint64_t x = first;
     const std::uint64_t end = std::uint64_t{last} + 1;
-    while (x + Form::lanes <= end) {
+    while (x < end) {
         const std::uint32_t length =
             end - x < chunkPixels ? static_cast<std::uint32_t>(end - x) : chunkPixels;
-        const ChunkSums chunk = sumChunk<Form>(depthRow + x, length, cutoff);
+        const ChunkSums chunk = length < Form::lanes
+                                    ? sumShortChunk<Form>(depthRow + x, length, cutoff)
+                                    : sumChunk<Form>(depthRow + x, length, cutoff);
         const std::uint64_t weight = chunk.excess * bias;
         sums.weight += weight;
         sums.weightedX += weight * x + chunk.excessColumns * bias;
@@ -85,9 +98,6 @@ void addChunksToCenter(const unsigned short* depthRow, std::uint32_t first, std:
         sums.depth += chunk.count * cutoff - chunk.excess;
         sums.count += chunk.count;
         x += length;
-    }
-    if (x < end) {
-        addRowToCenter(depthRow, static_cast<std::uint32_t>(x), last, y, cutoff, bias, sums);
     }
 }
 

@@ -98,15 +98,15 @@ TEST_P(PlainSteps, RunsAreHandedOverWhereWordsDoNotFit) {
     EXPECT_TRUE(handedOver(64, {7, 3, 1}));
 }
 
-TEST_P(PlainSteps, CentersAreHandedOverBelowOneVector) {
+TEST_P(PlainSteps, CentersOfRunsOfAnyLengthAreNotHandedOver) {
     const literal::Image image(64, 1, 1000);
-    QVR::CenterSums sums;
-    std::size_t before = literal::plainSums();
-    kernels->addRowToCenter(image.data(), 3, 3 + 32, 0, 1100, 45, sums);
-    EXPECT_EQ(literal::plainSums() != before, plain());
-    before = literal::plainSums();
-    kernels->addRowToCenter(image.data(), 3, 3 + 6, 0, 1100, 45, sums);
-    EXPECT_TRUE(literal::plainSums() != before);
+    for (const std::uint32_t last : {3u, 9u, 35u}) {
+        QVR::CenterSums sums;
+        const std::size_t before = literal::plainSums();
+        kernels->addRowToCenter(image.data(), 3, last, 0, 1100, 45, sums);
+        EXPECT_EQ(literal::plainSums() != before, plain()) << "up to column " << last;
+        EXPECT_EQ(sums.count, last - 2);
+    }
 }
 
 } // namespace
