@@ -19,7 +19,7 @@ extern "C" void noteSignal(int) {
 }
 extern "C" void interruptOnly(int) {}
 
-// No SA_RESTART: a blocking receive has to return.
+// No SA_RESTART: a receive without a time limit has to return.
 void handle(int signal, void (*handler)(int)) {
     struct sigaction action = {};
     action.sa_handler = handler;

@@ -302,14 +302,29 @@ TEST_F(TcpClientWinCalls, ReadsNothingOnceTheDeadlineHasPassed) {
     EXPECT_EQ(scripted().shutdowns.size(), 1u);
 }
 
-// A host that is asked to end interrupts its own wait.
-TEST_F(TcpClientWinCalls, ASignalEndsAWaitAsItEndsARead) {
+// The signals of a garbage collector reach a host many times a second.
+TEST_F(TcpClientWinCalls, WaitsOnAfterASignal) {
     client.setDeadline(QVR::NetworkClient::Clock::now() + std::chrono::hours(1));
-    scripted().polls = {{-1, EINTR}};
+    scripted().polls = {{-1, EINTR}, {-1, EINTR}, {1}};
+    scripted().reads = {{64}};
+    EXPECT_EQ(client.recv(buffer.data(), 64), 64);
+    EXPECT_EQ(scripted().waits.size(), 3u);
+}
+
+TEST_F(TcpClientWinCalls, SignalsGainAWaitNoTime) {
+    client.setDeadline(QVR::NetworkClient::Clock::now() + std::chrono::milliseconds(1));
+    scripted().polls.assign(std::size_t{1} << 20, {-1, EINTR});
+    EXPECT_EQ(client.recv(buffer.data(), 64), -51);
+    EXPECT_EQ(scripted().readCalls, 0);
+}
+
+TEST_F(TcpClientWinCalls, AWaitThatFailsEndsTheConnection) {
+    client.setDeadline(QVR::NetworkClient::Clock::now() + std::chrono::hours(1));
+    scripted().polls = {{-1, ENOMEM}};
     EXPECT_EQ(client.recv(buffer.data(), 64), -1);
     EXPECT_THAT(LogCapture::messages(), ElementsAre("Can be good: rcvArr socket: 900 return: -1 "
                                                     "error: " +
-                                                    std::to_string(EINTR)));
+                                                    std::to_string(ENOMEM)));
 }
 
 TEST_F(TcpClientWinCalls, DoesNotWaitForAConnectionThatIsGone) {

@@ -206,14 +206,19 @@ void TcpClientWin::setDeadline(std::optional<Clock::time_point> deadline) {
 
 int TcpClientWin::awaitInTime(short event) const {
     using std::chrono::milliseconds;
-    // Asked even when something is there already: bytes that never run out end in time as well.
-    const auto left = std::chrono::ceil<milliseconds>(*deadline_ - Clock::now());
-    if (left <= milliseconds::zero()) {
-        return outOfTime;
-    }
     constexpr milliseconds longest{std::numeric_limits<int>::max()};
     pollfd watched{socket, event, 0};
-    const int ready = poll(&watched, 1, static_cast<int>(std::min(left, longest).count()));
+    int ready = 0;
+    do {
+        // Asked even when something is there already: bytes that never run out end in time too.
+        const auto left = std::chrono::ceil<milliseconds>(*deadline_ - Clock::now());
+        if (left <= milliseconds::zero()) {
+            return outOfTime;
+        }
+        ready = poll(&watched, 1, static_cast<int>(std::min(left, longest).count()));
+        // Hosts stop their threads by signals, to collect garbage or to take a profile. A read
+        // goes on after those, a poll never does.
+    } while (ready < 0 && errno == EINTR);
     return ready > 0 ? 0 : ready == 0 ? outOfTime : -1;
 }
 
