@@ -43,6 +43,23 @@ if(QVR_SANITIZE)
     add_link_options(-fsanitize=${QVR_SANITIZE})
 endif()
 
+# A host loads the plug-in into its own process and a server listens on a network, so whoever finds
+# a mistake of ours should get no further than ending the program: overrun buffers are noticed,
+# addresses cannot be guessed, and neither the stack runs nor can the linker's tables be written.
+# The sanitizers see more than these checks do and would be told less beside them.
+include(CheckPIESupported)
+check_pie_supported(LANGUAGES C CXX)
+if(NOT QVR_SANITIZE)
+    add_compile_options(-fstack-protector-strong)
+    # Only optimised code has checked copies, and some systems' compilers ask for them already.
+    foreach(option -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2)
+        add_compile_options($<$<CONFIG:Release,RelWithDebInfo,MinSizeRel>:${option}>)
+    endforeach()
+    if(NOT APPLE)
+        add_link_options(-Wl,-z,relro -Wl,-z,now -Wl,-z,noexecstack)
+    endif()
+endif()
+
 # qvr_add_subsystem(NAME SOURCES... [DEPENDS SUBSYSTEM...])
 # One subsystem of the plug-in, as objects. DEPENDS names the subsystems whose headers it uses;
 # the arrows are checked by tests/architecture.
