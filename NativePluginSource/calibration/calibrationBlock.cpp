@@ -1,6 +1,7 @@
 #include "calibration/calibrationBlock.h"
 
 #include "foundation/Logger.h"
+#include "foundation/SettingsSection.h"
 #include "foundation/jsonValues.h"
 #include "foundation/numbers.h"
 
@@ -30,8 +31,12 @@ bool gridHolds(int sizeX, int sizeY, int sizeZ, std::size_t count) {
     return static_cast<std::uint64_t>(layer * sizeZ) == count;
 }
 
-int clipDepth(const json11::Json& meters, float depthScale) {
-    return truncateToInt(meters.number_value() * static_cast<double>(depthScale));
+constexpr SettingRange imageSizes{1.0, 65535.0};
+constexpr SettingRange vertexCounts{2.0};
+constexpr const char* noGrid = "no distortion grid: positions pass uncorrected";
+
+int clipDepth(double meters, float depthScale) {
+    return truncateToInt(meters * static_cast<double>(depthScale));
 }
 
 void deactivate(calibrationBlock& block) {
@@ -59,30 +64,40 @@ int calibrationBlock::importCellCalibration(std::string jsonText, float depthSca
 }
 
 int calibrationBlock::importCellCalibration(json11::Json& document, float depthScale) {
+    const SettingsSection settings(document);
     if (document.is_null()) {
         return -3;
     }
-    const json11::Json& resolutionX = document["depthResX"];
-    if (!resolutionX.is_number()) {
+    // Everything is looked at before the first fault ends the import: whoever has the document
+    // explained wants to hear of all that is wrong with it.
+    const bool hasWidth = settings.hasNumber("depthResX", noGrid);
+    const bool hasHeight = settings.hasNumber("depthResY", noGrid);
+    const bool hasNear = settings.hasNumber("nearClipMeters", noGrid);
+    const bool hasFar = settings.hasNumber("farClipMeters", noGrid);
+    const SettingsSection grid = settings.neededSection("calibration", noGrid);
+    const int sizeX = grid.whole("sizeX", 0, vertexCounts);
+    const int sizeY = grid.whole("sizeY", 0, vertexCounts);
+    const int sizeZ = grid.whole("sizeZ", 0, vertexCounts);
+    const json11::Json::array& numbers = grid.numbers("verts");
+    if (!hasWidth) {
         Logger::Log("Warning: Did not find resX value in calibration data.");
         return -4;
     }
-    const json11::Json& resolutionY = document["depthResY"];
-    if (!resolutionY.is_number()) {
+    if (!hasHeight) {
         Logger::Log("Warning: Did not find resY value in calibration data.");
         return -5;
     }
-    const json11::Json& nearMeters = document["nearClipMeters"];
-    if (!nearMeters.is_number()) {
+    if (!hasNear) {
         Logger::Log("Warning: Did not find nearClipMeters value in calibration data.");
         return -6;
     }
-    const json11::Json& farMeters = document["farClipMeters"];
-    if (!farMeters.is_number()) {
+    if (!hasFar) {
         Logger::Log("Warning: Did not find farClipMeters value in calibration data.");
         return -7;
     }
 
+    const double nearMeters = settings.number("nearClipMeters", 0.0);
+    const double farMeters = settings.number("farClipMeters", 8000.0);
     const int nearClip = clipDepth(nearMeters, depthScale);
     const int farClip = clipDepth(farMeters, depthScale);
     if (nearClip >= farClip || nearClip < 0 || farClip < 0) {
@@ -90,24 +105,33 @@ int calibrationBlock::importCellCalibration(json11::Json& document, float depthS
                     "calibration file accessible?\nOtherwise, check the (sanity of the) depth clip "
                     "values in the calibration file.\nFound values: near=" +
                     std::to_string(nearClip) + " far=" + std::to_string(farClip));
+        settings.tell("nearClipMeters",
+                      SettingsSection::textOf(nearMeters) + " beside a farClipMeters of " +
+                          SettingsSection::textOf(farMeters),
+                      noGrid);
         return -8;
     }
 
-    const json11::Json& grid = document["calibration"];
-    const json11::Json::array& numbers = grid["verts"].array_items();
     if (numbers.size() % 3 != 0) {
         rejectGrid();
-        return 0;
+    } else {
+        std::vector<Vector3> vertices;
+        vertices.reserve(numbers.size() / 3);
+        for (std::size_t i = 0; i < numbers.size(); i += 3) {
+            vertices.push_back({numberValue(numbers[i], 0.0), numberValue(numbers[i + 1], 0.0),
+                                numberValue(numbers[i + 2], 0.0)});
+        }
+        importCellCalibration(settings.whole("depthResX", 640, imageSizes),
+                              settings.whole("depthResY", 480, imageSizes), nearClip, farClip,
+                              sizeX, sizeY, sizeZ, vertices);
     }
-    std::vector<Vector3> vertices;
-    vertices.reserve(numbers.size() / 3);
-    for (std::size_t i = 0; i < numbers.size(); i += 3) {
-        vertices.push_back({numberValue(numbers[i], 0.0), numberValue(numbers[i + 1], 0.0),
-                            numberValue(numbers[i + 2], 0.0)});
+    if (cellsX == inactive && grid.isThere()) {
+        settings.tell("calibration",
+                      "sizes " + std::to_string(sizeX) + ", " + std::to_string(sizeY) + ", " +
+                          std::to_string(sizeZ) + " and " + std::to_string(numbers.size()) +
+                          " numbers in verts, which do not fit",
+                      noGrid);
     }
-    importCellCalibration(intValue(resolutionX, 640), intValue(resolutionY, 480), nearClip, farClip,
-                          intValue(grid["sizeX"], 0), intValue(grid["sizeY"], 0),
-                          intValue(grid["sizeZ"], 0), vertices);
     return 0;
 }
 

@@ -1,8 +1,10 @@
 #include "calibration/calibrationCell.h"
 
 #include "foundation/Logger.h"
-#include "foundation/jsonValues.h"
+#include "foundation/SettingsSection.h"
 #include "foundation/utils.h"
+
+#include <string_view>
 
 #include <json11.hpp>
 
@@ -21,32 +23,54 @@ Vector3 operator-(const Vector3& a, const Vector3& b) {
 // In the order of cellCoord.
 constexpr std::array cornerNames{"xyz", "Xyz", "XYz", "xYz", "xYZ", "XYZ", "XyZ", "xyZ"};
 
-// What a document must contain to be taken. The list is part of the file format as devices in the
-// field have it: "Xyz" and "XyZ" are not asked for, so files that lack them keep working.
-constexpr std::array requiredBounds{"Xmin", "Xmax", "Ymin", "Ymax", "Zmin", "Zmax"};
-constexpr std::array requiredCorners{"xyz", "XYz", "xYz", "xYZ", "XYZ", "xYz", "xYz", "xyZ"};
-constexpr std::array axes{"x", "y", "z"};
-
-bool hasRequiredNumbers(const json11::Json& map) {
-    for (const char* bound : requiredBounds) {
-        if (!map[bound].is_number()) {
-            return false;
-        }
-    }
-    for (const char* corner : requiredCorners) {
-        const json11::Json& position = map["calibration"][corner];
-        for (const char* axis : axes) {
-            if (!position[axis].is_number()) {
-                return false;
-            }
-        }
-    }
-    return true;
+// What a document must contain to be taken is part of the file format as devices in the field have
+// it: these two corners are not asked for, so files that lack them keep working.
+bool mayBeMissing(std::string_view corner) {
+    return corner == "Xyz" || corner == "XyZ";
 }
 
-Vector3 readPosition(const json11::Json& position) {
-    return {numberValue(position["x"], 0.0), numberValue(position["y"], 0.0),
-            numberValue(position["z"], 0.0)};
+constexpr std::array boundNames{"Xmin", "Xmax", "Ymin", "Ymax", "Zmin", "Zmax"};
+constexpr std::array axes{"x", "y", "z"};
+
+constexpr const char* noMap = "nothing of this map";
+
+// Looks at every one, also after the first that is missing: whoever has the document explained
+// wants to hear of all.
+bool hasRequiredNumbers(const SettingsSection& map) {
+    bool all = true;
+    for (const char* bound : boundNames) {
+        all = map.hasNumber(bound, noMap) && all;
+    }
+    const SettingsSection corners = map.section("calibration");
+    for (const char* corner : cornerNames) {
+        const SettingsSection position = corners.section(corner);
+        const bool optional = mayBeMissing(corner);
+        for (const char* axis : axes) {
+            all = (position.hasNumber(axis, optional ? "0" : noMap) || optional) && all;
+        }
+    }
+    return all;
+}
+
+Vector3 readPosition(const SettingsSection& position) {
+    return {position.number("x", 0.0), position.number("y", 0.0), position.number("z", 0.0)};
+}
+
+void tellFlatAxis(const SettingsSection& map, const char* lower, const char* upper, double at) {
+    map.tell(lower, SettingsSection::textOf(at) + " for " + upper + ", too",
+             "the lower side of the map for every position");
+}
+
+void tellFlatAxes(const SettingsSection& map, const aabbCellCoord& box) {
+    if (box.xLower == box.xUpper) {
+        tellFlatAxis(map, "Xmin", "Xmax", box.xLower);
+    }
+    if (box.yLower == box.yUpper) {
+        tellFlatAxis(map, "Ymin", "Ymax", box.yLower);
+    }
+    if (box.zLower == box.zUpper) {
+        tellFlatAxis(map, "Zmin", "Zmax", box.zLower);
+    }
 }
 
 } // namespace
@@ -80,17 +104,20 @@ bool calibrationCell::set(const std::string& jsonText, int mapNumber) {
         return false;
     }
 
-    const json11::Json& map = document["map" + std::to_string(mapNumber)];
-    if (!hasRequiredNumbers(map)) {
+    const SettingsSection settings(document);
+    const SettingsSection map = settings.neededSection("map" + std::to_string(mapNumber), noMap);
+    if (!map.isThere() || !hasRequiredNumbers(map)) {
         return false;
     }
     const aabbCellCoord box{
-        numberValue(map["Zmin"], 0.0), numberValue(map["Zmax"], 0.0), numberValue(map["Ymin"], 0.0),
-        numberValue(map["Ymax"], 0.0), numberValue(map["Xmin"], 0.0), numberValue(map["Xmax"], 0.0),
+        map.number("Zmin", 0.0), map.number("Zmax", 0.0), map.number("Ymin", 0.0),
+        map.number("Ymax", 0.0), map.number("Xmin", 0.0), map.number("Xmax", 0.0),
     };
+    tellFlatAxes(map, box);
+    const SettingsSection corners = map.section("calibration");
     cellCoord measured;
     for (std::size_t corner = 0; corner < cornerNames.size(); ++corner) {
-        measured.corners[corner] = readPosition(map["calibration"][cornerNames[corner]]);
+        measured.corners[corner] = readPosition(corners.section(cornerNames[corner]));
     }
     return set(box, measured);
 }

@@ -154,7 +154,6 @@ class QVR_API cameraManager {
   private:
     void openFallbackCamera();
     void openCamera(int framesPerSecond, json11::Json& settings);
-    void readStreamingSwitches(const json11::Json& document);
     void readStreamSettings(const json11::Json& document);
     void configureDetection(float oneMeter);
     const unsigned short* depthToSend(const unsigned short* depthFrame);

@@ -2,12 +2,12 @@
 // from them.
 #include "calibration/calibrationBlock.h"
 #include "calibration/calibrationCell.h"
+#include "camera/StreamSettings.h"
 #include "camera/cameraManager.h"
 #include "camera/hardwareCamera.h"
 #include "detection/blobManager.h"
 #include "detection/touchManager.h"
 #include "foundation/Logger.h"
-#include "foundation/jsonValues.h"
 #include "foundation/numbers.h"
 #include "foundation/utils.h"
 
@@ -24,22 +24,6 @@ constexpr std::uint64_t largestImageBytes = 256ULL << 20;
 bool isImageSize(unsigned int width, unsigned int height, unsigned int bytesPerPixel) {
     const std::uint64_t pixels = std::uint64_t{width} * height;
     return pixels <= largestImageBytes / bytesPerPixel;
-}
-
-void readSwitch(const json11::Json& value, bool& flag) {
-    if (value.is_bool()) {
-        flag = boolValue(value, flag);
-    } else if (value.is_number()) {
-        flag = intValue(value, 0) > 0;
-    }
-}
-
-void readResolution(const json11::Json& value, unsigned int& field, unsigned int fallback,
-                    const char* warning) {
-    field = static_cast<unsigned int>(intValue(value, static_cast<int>(fallback)));
-    if (!value.is_number()) {
-        cameraManager::log(warning);
-    }
 }
 
 } // namespace
@@ -64,7 +48,6 @@ int cameraManager::setCalibrationData(const std::string& text) {
         return -3;
     }
 
-    readStreamingSwitches(document);
     readStreamSettings(document);
     if (!camera->isStreaming()) {
         openCamera(fps, document);
@@ -76,29 +59,26 @@ int cameraManager::setCalibrationData(const std::string& text) {
     return 0;
 }
 
-void cameraManager::readStreamingSwitches(const json11::Json& document) {
-    const json11::Json& streaming = document["streaming"];
-    readSwitch(streaming["color"], serverSendColor);
-    readSwitch(streaming["depth"], serverSendDepth);
-    readSwitch(streaming["processed"], serverSendProcessed);
-    readSwitch(streaming["touch"], serverSendTouch);
-    readSwitch(streaming["autoClose"], serverAutoClose);
-}
-
 void cameraManager::readStreamSettings(const json11::Json& document) {
-    constexpr const char* noResX = "Warning: Did not find resX value in calibration data.";
-    constexpr const char* noResY = "Warning: Did not find resY value in calibration data.";
-    readResolution(document["colorResX"], colorResX, 640, noResX);
-    readResolution(document["colorResY"], colorResY, 480, noResY);
-    readResolution(document["depthResX"], depthResX, 640, noResX);
-    readResolution(document["depthResY"], depthResY, 480, noResY);
-
-    const json11::Json& streaming = document["streaming"];
-    port = intValue(streaming["port"], port);
-    fps = intValue(streaming["fps"], 60);
-    if (!streaming["fps"].is_number()) {
-        log("Warning: Did not find 'fps' value in calibration data.");
-    }
+    StreamSettings settings;
+    settings.sendColor = serverSendColor;
+    settings.sendDepth = serverSendDepth;
+    settings.sendProcessed = serverSendProcessed;
+    settings.sendTouch = serverSendTouch;
+    settings.autoClose = serverAutoClose;
+    settings.port = port;
+    settings.read(document);
+    serverSendColor = settings.sendColor;
+    serverSendDepth = settings.sendDepth;
+    serverSendProcessed = settings.sendProcessed;
+    serverSendTouch = settings.sendTouch;
+    serverAutoClose = settings.autoClose;
+    colorResX = settings.colorResX;
+    colorResY = settings.colorResY;
+    depthResX = settings.depthResX;
+    depthResY = settings.depthResY;
+    port = settings.port;
+    fps = settings.fps;
 }
 
 void cameraManager::resetBuffers() {

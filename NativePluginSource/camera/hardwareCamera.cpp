@@ -1,7 +1,7 @@
 #include "camera/hardwareCamera.h"
 
+#include "camera/StreamSettings.h"
 #include "camera/cameraManager.h"
-#include "foundation/jsonValues.h"
 
 #include <json11.hpp>
 #include <librealsense/rs.hpp>
@@ -211,7 +211,7 @@ bool hardwareCamera::startStreams(unsigned int colorWidth, unsigned int colorHei
 void hardwareCamera::alignStreams(const json11::Json& settings) {
     depthStream = RS_STREAM_DEPTH;
     colorStream = RS_STREAM_COLOR;
-    const int alignment = intValue(settings["streaming"]["streamAlignment"], 0);
+    const int alignment = readStreamAlignment(settings);
     if (alignment == 2) {
         depthStream = RS_STREAM_DEPTH_ALIGNED_TO_COLOR;
     } else if (alignment == 1) {

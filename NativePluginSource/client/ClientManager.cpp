@@ -2,14 +2,12 @@
 #include "client/ClientManager.h"
 
 #include "calibration/calibrationManager.h"
+#include "client/ClientSettings.h"
 #include "client/TimeLimit.h"
 #include "detection/ImageDownsampler.h"
 #include "foundation/Logger.h"
-#include "foundation/jsonValues.h"
 #include "foundation/utils.h"
 #include "serverClient/NetworkClient.h"
-
-#include <json11.hpp>
 
 std::mutex clientManagerMutex;
 QVR::Vector3 calibratedCoord;
@@ -44,23 +42,13 @@ void ClientManager::Init() {
         Logger::Log("Client manager Init...");
     }
     const std::string path = utils::findFilePath(utils::clientSettingsFilePath);
-    const std::string text = utils::readFileContent(path);
-
-    std::string ip = "localhost";
-    int port = 27016;
-    if (!text.empty()) {
-        std::string error = "noError";
-        const json11::Json settings = json11::Json::parse(text, error);
-        if (error == "noError") {
-            // A readable file without a host name means the empty name, not the default.
-            ip = settings["ip"].string_value();
-            port = intValue(settings["port"], port);
-            receiveTimeoutMs = intValue(settings["receiveTimeoutMs"], receiveTimeoutMs);
-            reconnectReadsHeader =
-                boolValue(settings["reconnectReadsHeader"], reconnectReadsHeader);
-        }
-    }
-    Init(ip, static_cast<unsigned int>(port));
+    ClientSettings settings;
+    settings.receiveTimeoutMs = receiveTimeoutMs;
+    settings.reconnectReadsHeader = reconnectReadsHeader;
+    settings.read(utils::readFileContent(path));
+    receiveTimeoutMs = settings.receiveTimeoutMs;
+    reconnectReadsHeader = settings.reconnectReadsHeader;
+    Init(settings.ip, static_cast<unsigned int>(settings.port));
 }
 
 void ClientManager::Init(const std::string& ip, unsigned int port) {

@@ -2,13 +2,13 @@
 #include "calibration/calibrationManager.h"
 #include "client/ClientManager.h"
 #include "detection/ImageDownsampler.h"
+#include "detection/miniDepth.h"
 #include "foundation/Logger.h"
-#include "foundation/jsonValues.h"
 #include "foundation/numbers.h"
 #include "foundation/utils.h"
 
-#include <cstdint>
 #include <new>
+#include <optional>
 
 #include <json11.hpp>
 
@@ -94,28 +94,13 @@ bool ClientManager::setProjectionMap(const std::string& text, int number) {
 }
 
 void ClientManager::handleMiniDepth(const json11::Json& document) {
-    const int fullX = intValue(document["depthResX"], 0);
-    const int fullY = intValue(document["depthResY"], 0);
-    const int miniX = intValue(document["downsampleDepthX"], 0);
-    const int miniY = intValue(document["downsampleDepthY"], 0);
-    // The height may be anything that is not negative: a height of 0 makes a downsampler that
-    // takes every row to 0.
-    if (fullX < 3 || fullY < 3 || miniX < 3 || miniY < 0) {
-        return;
-    }
-    if (miniX == fullX && miniY == fullY) {
-        return;
-    }
-    // No server can send such an image: a header that announces it is refused.
-    if (std::int64_t{miniX} * miniY > maxImageBytes / std::int64_t{sizeof(unsigned short)}) {
-        Logger::Log("WARNING: downsampleDepthX and downsampleDepthY make too large an image and "
-                    "are ignored.");
+    const std::optional<MiniDepth> sizes = readMiniDepth(document);
+    if (!sizes) {
         return;
     }
     try {
-        downsampler_ = std::make_unique<ImageDownsampler>(
-            static_cast<unsigned int>(fullX), static_cast<unsigned int>(fullY),
-            static_cast<unsigned int>(miniX), static_cast<unsigned int>(miniY));
+        downsampler_ = std::make_unique<ImageDownsampler>(sizes->fullX, sizes->fullY, sizes->miniX,
+                                                          sizes->miniY);
     } catch (const std::bad_alloc&) {
         Logger::Log("WARNING: There is no memory for an image of downsampleDepthX and "
                     "downsampleDepthY, which are ignored.");

@@ -67,7 +67,7 @@ void blobManager::extractBlobs(const unsigned short* depth) {
     for (cImageBlob& blob : blobs) {
         blob.reset();
     }
-    if (allowedBlobNoiseGap > minBlobSpace) {
+    if (gapsContradict()) {
         Logger::Log("WARNING! minBlobSpace must be bigger than allowedBlobNoiseGap for blob "
                     "detection to work properly!");
     }

@@ -91,6 +91,7 @@ class QVR_API blobManager {
 
   private:
     bool hasImage() const;
+    bool gapsContradict() const;
 
     std::vector<BlobRun> rowRuns;            // the runs of one row while blobs are extracted
     std::vector<std::uint8_t> countedBlocks; // blocks with counts while pixels are marked

@@ -2,21 +2,19 @@
 #pragma once
 
 #include "foundation/Logger.h"
-#include "foundation/jsonValues.h"
+#include "foundation/SettingsSection.h"
 
 #include <string>
-
-#include <json11.hpp>
 
 namespace QVR {
 
 // The value of `key` truncated into the field's type, of which it keeps the low bits; without a
 // number a warning, and the field stays.
 template <typename Field>
-void readField(const json11::Json& section, const char* key, Field& field) {
-    const json11::Json& value = section[key];
-    if (value.is_number()) {
-        field = static_cast<Field>(intValue(value, 0));
+void readField(const SettingsSection& section, const char* key, Field& field,
+               SettingRange sensible = {}) {
+    if (section.hasNumber(key, std::to_string(field))) {
+        field = section.whole(key, field, sensible);
     } else {
         Logger::Log(std::string("Warning: Did not find ") + key + " value in calibration data.");
     }

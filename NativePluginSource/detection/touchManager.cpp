@@ -3,6 +3,7 @@
 #include "detection/settingField.h"
 #include "detection/touchCalibration.h"
 #include "foundation/Logger.h"
+#include "foundation/SettingsSection.h"
 
 #include <limits>
 
@@ -17,6 +18,14 @@ constexpr Vector3 noPosition{-1.0, -1.0, -1.0};
 // Wraps, so that no margin a document can hold is out of bounds.
 int boundFromMargin(int size, int margin) {
     return static_cast<int>(static_cast<unsigned int>(size) - static_cast<unsigned int>(margin));
+}
+
+void tellEmptyBounds(const SettingsSection& margins, const char* key, int lower, int upper) {
+    if (lower >= upper) {
+        margins.tell(
+            key, "bounds of " + std::to_string(lower) + " to " + std::to_string(upper) + " pixels",
+            "them, which reports no touch");
+    }
 }
 
 } // namespace
@@ -150,15 +159,17 @@ void touchManager::getAveragePos(Vector3& out) {
 }
 
 void touchManager::loadSettings(json11::Json& calibration, int xRes, int yRes) {
-    const json11::Json& section = calibration["touchDetection"];
-    const json11::Json& margins = section["forwardFacing"];
-    readField(section, "confidenceThreshold", confidenceThreshold);
+    const SettingsSection section = SettingsSection(calibration).section("touchDetection");
+    const SettingsSection margins = section.section("forwardFacing");
+    readField(section, "confidenceThreshold", confidenceThreshold, {0.0});
     readField(margins, "borderClipTop", borderClipTop);
     readField(margins, "borderClipBottom", borderClipBottom);
     readField(margins, "borderClipLeft", borderClipLeft);
     readField(margins, "borderClipRight", borderClipRight);
     borderClipRight = boundFromMargin(xRes, borderClipRight);
     borderClipBottom = boundFromMargin(yRes, borderClipBottom);
+    tellEmptyBounds(margins, "borderClipRight", borderClipLeft, borderClipRight);
+    tellEmptyBounds(margins, "borderClipBottom", borderClipTop, borderClipBottom);
 }
 
 std::string touchManager::getVariableReadout() {
