@@ -188,6 +188,19 @@ QVR_API bool setProjectionMapping(const char* json, int number);
  * false as well when there is none. */
 QVR_API bool loadProjectionMap(int number);
 
+/* ---- Settings ---- */
+
+/* Reads the settings documents of `folder`, which stands for the root of a volume, as a client
+ * would, or as a camera server would with `asServer`, and hands `report` a line for each value
+ * that a person should mend, as in
+ *
+ *     QVR_calibration/touch.json: streaming.fps: found 30.5, using 30
+ *
+ * "file: note: ..." for what is worth knowing, and a last line that sums up. Returns how many
+ * there are to mend; -1, which is logged, when it cannot check. The text is valid during the call
+ * only. Changes nothing, needs no client, and logs nothing else. */
+QVR_API int checkSettings(const char* folder, bool asServer, void (*report)(const char* line));
+
 /* ---- Only beside a camera ----
  *
  * Kept so that one host fits both sides. In the client each logs

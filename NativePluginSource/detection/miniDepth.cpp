@@ -28,9 +28,9 @@ std::optional<MiniDepth> readMiniDepth(const json11::Json& document) {
     }
     const int fullX = settings.whole("depthResX", 0);
     const int fullY = settings.whole("depthResY", 0);
+    const std::string sizes = "sizes of " + std::to_string(miniX) + " x " + std::to_string(miniY);
     // The height may be anything that is not negative: a height of 0 makes a downsampler that
     // takes every row to 0.
-    const std::string sizes = "sizes of " + std::to_string(miniX) + " x " + std::to_string(miniY);
     if (fullX < smallest || fullY < smallest || miniX < smallest || miniY < 0) {
         settings.tell("downsampleDepthX", sizes, fullSize);
         return std::nullopt;

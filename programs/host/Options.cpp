@@ -2,6 +2,8 @@
 
 #include <charconv>
 #include <cstdio>
+#include <filesystem>
+#include <system_error>
 
 #include <CLI/CLI.hpp>
 
@@ -19,7 +21,8 @@ constexpr const char* exitCodes =
     "a table; q or Ctrl-C leaves. Otherwise, and with --plain, it writes a line for every change.\n"
     "\n"
     "Exit codes:\n"
-    "  0  fine\n"
+    "  0  fine; with --check nothing to mend\n"
+    "  1  with --check something to mend; otherwise an unexpected failure\n"
     "  2  an option is wrong\n"
     "  3  the plug-in cannot be loaded or lacks a function\n"
     "  4  with --seconds or --frames: no frame ever came (--frames alone gives up after 5 s)\n"
@@ -82,6 +85,14 @@ std::optional<int> parseOptions(int argc, char** argv, Options& options) {
             return SurfaceExtents::parse(text)
                        ? std::string()
                        : "'" + text + "' is not X0,Y0,X1,Y1 with X0 < X1 and Y0 < Y1";
+        });
+    app.add_option("--check", options.check,
+                   "say what a person should mend in the settings of this folder, and leave")
+        ->type_name("DIR")
+        ->check([](const std::string& text) {
+            std::error_code error;
+            return std::filesystem::is_directory(text, error) ? std::string()
+                                                              : "'" + text + "' is no folder";
         });
     app.add_flag("--verbose", options.verbose, "write the plug-in's messages to standard error");
     try {

@@ -11,6 +11,7 @@ namespace host {
 
 enum ExitCode {
     exitFine = 0,
+    exitToMend = 1,
     exitBadOption = 2,
     exitNoPlugin = 3,
     exitNeverConnected = 4,
@@ -24,6 +25,7 @@ struct Options {
     std::optional<Extents> surface;
     std::string saveFolder; // empty: nothing is saved; likewise below
     std::string touchLog;
+    std::string check; // explain the settings in this folder, and show nothing
     bool plain = false;
     bool verbose = false;
 };

@@ -133,6 +133,7 @@ const char* Plugin::lookUpFunctions() {
     lookUp("setCalibration", f.setCalibration);
     lookUp("setProjectionMapping", f.setProjectionMapping);
     lookUp("loadProjectionMap", f.loadProjectionMap);
+    lookUp("checkSettings", f.checkSettings);
     lookUp("logInternalVariables", f.logInternalVariables);
     lookUp("getCameraInfo", f.getCameraInfo);
     lookUp("setTouchLerp", f.setTouchLerp);

@@ -42,6 +42,8 @@ struct PluginFunctions {
     void (*setCalibration)(const char* json) = nullptr;
     bool (*setProjectionMapping)(const char* json, int mapNumber) = nullptr;
     bool (*loadProjectionMap)(int mapNumber) = nullptr;
+    int (*checkSettings)(const char* folder, bool asServer,
+                         void (*report)(const char* line)) = nullptr;
     void (*logInternalVariables)() = nullptr;
     const char* (*getCameraInfo)() = nullptr;
     void (*setTouchLerp)(float lerp) = nullptr;

@@ -51,6 +51,12 @@ int savePictures(const host::Keeper& keeper, const std::string& folder) {
     return report.problem.empty() ? host::exitFine : fail(host::exitCannotWrite, report.problem);
 }
 
+int check(const host::PluginFunctions& functions, const std::string& folder) {
+    const auto print = [](const char* line) { std::puts(line); };
+    return functions.checkSettings(folder.c_str(), false, print) == 0 ? host::exitFine
+                                                                      : host::exitToMend;
+}
+
 int run(const host::Options& options) {
     std::string problem;
     const std::unique_ptr<host::Plugin> plugin =
@@ -59,6 +65,9 @@ int run(const host::Options& options) {
             : host::Plugin::load(options.plugin, problem);
     if (!plugin) {
         return fail(host::exitNoPlugin, problem);
+    }
+    if (!options.check.empty()) {
+        return check(plugin->functions(), options.check);
     }
     std::unique_ptr<host::TouchLog> log;
     if (!options.touchLog.empty()) {

@@ -5,7 +5,9 @@
 #include <cstddef>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <memory>
+#include <system_error>
 #include <vector>
 
 #include <CLI/CLI.hpp>
@@ -25,8 +27,9 @@ Its folder QVR_calibration is looked for at the root of every mounted volume; on
 colon-separated folders of the variable QVR_VOLUMES first.
 
 Exit codes:
-  0  ended as asked: by a signal, --frames, or the last client's leaving
-  1  an unexpected failure
+  0  ended as asked: by a signal, --frames, or the last client's leaving; with --check nothing
+     to mend
+  1  an unexpected failure; with --check something to mend
   2  a bad option
   3  the address or port cannot be had
   4  no camera, or it does not start
@@ -71,6 +74,11 @@ CLI::Validator between(double smallest, double largest, const std::string& probl
 
 CLI::Validator secondsOption() {
     return between(0.001, 86400.0, "a time of 0.001 to 86400 seconds");
+}
+
+std::string folderProblem(const std::string& text) {
+    std::error_code error;
+    return std::filesystem::is_directory(text, error) ? "" : "'" + text + "' is no folder";
 }
 
 std::string addressProblem(const std::string& text) {
@@ -162,6 +170,11 @@ std::optional<Options> parseOptions(int argc, const char* const* argv) {
                    "Clients at a time; more are refused (default: 16)")
         ->type_name("N")
         ->check(between(1.0, 1000.0, "a number of clients from 1 to 1000"));
+    app.add_option("--check", options.check,
+                   "Explain what a person should mend in the settings of DIR/QVR_calibration, and "
+                   "end; no camera is opened")
+        ->type_name("DIR")
+        ->check(CLI::Validator(folderProblem, ""));
 
     try {
         app.parse(argc, argv);

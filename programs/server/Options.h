@@ -31,6 +31,7 @@ struct Options {
     std::optional<std::string> touchLog;
     std::chrono::milliseconds clientTimeout{10000};
     std::size_t maxClients = 16;
+    std::optional<std::string> check; // explain the settings in this folder, and serve nothing
 };
 
 // Reads the command line. Empty when it asked for help or the version, which are then printed on

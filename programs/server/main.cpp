@@ -10,6 +10,7 @@
 #include "SettingsDocument.h"
 #include "StopRequest.h"
 #include "TouchLog.h"
+#include "client/plugin.h"
 #include "foundation/Logger.h"
 
 #include <csignal>
@@ -98,13 +99,21 @@ void serve(const Options& options) {
     network.join();
 }
 
+int check(const std::string& folder) {
+    const auto print = [](const char* line) { std::puts(line); };
+    return checkSettings(folder.c_str(), true, print) == 0 ? exitFine : exitUnexpected;
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
     // A reader of our output that goes away is no reason to stop serving touches.
     std::signal(SIGPIPE, SIG_IGN);
     try {
-        if (const std::optional<Options> options = parseOptions(argc, argv))
+        const std::optional<Options> options = parseOptions(argc, argv);
+        if (options && options->check)
+            return check(*options->check);
+        if (options)
             serve(*options);
         return exitFine;
     } catch (const ServerError& error) {

@@ -11,7 +11,8 @@ set(uses_calibration foundation calibration)
 set(uses_detection foundation detection)
 set(uses_client foundation serverClient calibration detection client)
 set(uses_camera foundation serverClient calibration detection camera)
-set(subsystems foundation serverClient calibration detection client camera)
+set(uses_check foundation serverClient calibration detection client camera check)
+set(subsystems foundation serverClient calibration detection client camera check)
 
 # What only some systems define. The two socket names stand for one and the same difference.
 set(platform_macros

@@ -37,6 +37,7 @@ expect("passes" camera/a.cpp "#include \"detection/blobManager.h\"")
 expect("passes" camera/a.cpp "#include <librealsense/rs.h>")
 expect("passes" detection/a.cpp "#include \"camera/cameraManager.h\"")
 expect("passes" detection/a.h "#include <serverClient/frameProtocol.h>")
+expect("passes" check/a.cpp "#include \"client/ClientSettings.h\"")
 
 # Against them.
 expect("foundation must not include calibration/b.h" foundation/a.cpp
@@ -60,6 +61,7 @@ expect("detection must not include serverClient/NetworkClient.h" detection/a.cpp
 expect("calibration must not include serverClient/frameProtocol.h" calibration/a.cpp
     "#include \"serverClient/frameProtocol.h\"")
 expect("client must not include camera/b.h" client/a.cpp "#include \"camera/b.h\"")
+expect("camera must not include check/b.h" camera/a.cpp "#include \"check/b.h\"")
 expect("camera must not include client/b.h" camera/a.cpp "#include \"client/b.h\"")
 expect("include b.h by its subsystem's folder" camera/a.cpp "#include \"b.h\"")
 expect("include ../client/b.h by its subsystem's folder" camera/a.cpp "#include \"../client/b.h\"")

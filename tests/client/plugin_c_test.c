@@ -57,6 +57,7 @@ struct Plugin {
     void (*setCalibration)(const char* json);
     bool (*setProjectionMapping)(const char* json, int number);
     bool (*loadProjectionMap)(int number);
+    int (*checkSettings)(const char* folder, bool asServer, void (*report)(const char* line));
     void (*logInternalVariables)(void);
     const char* (*getCameraInfo)(void);
     void (*setTouchLerp)(float lerp);
@@ -107,6 +108,7 @@ static void findAll(void* library) {
     FIND(setCalibration);
     FIND(setProjectionMapping);
     FIND(loadProjectionMap);
+    FIND(checkSettings);
     FIND(logInternalVariables);
     FIND(getCameraInfo);
     FIND(setTouchLerp);

@@ -36,6 +36,7 @@ EXPECT_TYPE(getCalibratedZ, float (*)(void));
 EXPECT_TYPE(setCalibration, void (*)(const char*));
 EXPECT_TYPE(setProjectionMapping, bool (*)(const char*, int));
 EXPECT_TYPE(loadProjectionMap, bool (*)(int));
+EXPECT_TYPE(checkSettings, int (*)(const char*, bool, void (*)(const char*)));
 EXPECT_TYPE(logInternalVariables, void (*)(void));
 EXPECT_TYPE(getCameraInfo, const char* (*)(void));
 EXPECT_TYPE(setTouchLerp, void (*)(float));

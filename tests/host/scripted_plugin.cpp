@@ -244,6 +244,9 @@ PLUGIN bool loadProjectionMap(int number) {
     say(("WARNING: asked for projection map " + std::to_string(number)).c_str());
     return true;
 }
+PLUGIN int checkSettings(const char*, bool, void (*)(const char*)) {
+    return 0;
+}
 PLUGIN void logInternalVariables() {}
 PLUGIN const char* getCameraInfo() {
     return nullptr;

@@ -51,8 +51,14 @@ TEST(Options, HaveDefaultsThatKeepPicturesOnThisMachine) {
     EXPECT_FALSE(options.statsInterval);
     EXPECT_FALSE(options.verbose);
     EXPECT_FALSE(options.touchLog);
+    EXPECT_FALSE(options.check);
     EXPECT_EQ(options.clientTimeout, std::chrono::seconds(10));
     EXPECT_EQ(options.maxClients, 16U);
+}
+
+TEST(Options, TakeAFolderToCheck) {
+    EXPECT_EQ(parse({"--check", "/"}).value().check, "/");
+    EXPECT_THAT(problem({"--check", "/no/such/folder"}), HasSubstr("is no folder"));
 }
 
 TEST(Options, TakeEveryOption) {
@@ -155,7 +161,8 @@ TEST(Options, HelpListsEveryOptionAndExitCode) {
          {"--camera URI", "--port N", "--bind ADDR", "--allow ADDR[/PREFIX]", "--keep-running",
           "--color,--no-color ", "--depth,--no-depth ", "--processed,--no-processed ",
           "--touch,--no-touch ", "--raw-touches", "--frames N", "--stats SECONDS", "--verbose",
-          "--touch-log FILE", "--client-timeout SECONDS", "--max-clients N", "--help", "--version"})
+          "--touch-log FILE", "--client-timeout SECONDS", "--max-clients N", "--check DIR",
+          "--help", "--version"})
         EXPECT_THAT(help, HasSubstr(option));
     for (const char* code : {"\n  0  ", "\n  2  ", "\n  3  ", "\n  4  ", "\n  5  ", "\n  6  "})
         EXPECT_THAT(help, HasSubstr(code));

@@ -111,7 +111,7 @@ TEST_F(HostProgram, ExplainsItself) {
     EXPECT_EQ(run(HOST_PROGRAM, {"--help"}), 0);
     for (const char* part :
          {"--plugin FILE", "--server HOST:PORT", "--seconds", "--frames", "--save DIR", "--plain",
-          "--touch-log FILE", "--map", "--fps", "--verbose", "Exit codes:"}) {
+          "--touch-log FILE", "--map", "--fps", "--check DIR", "--verbose", "Exit codes:"}) {
         EXPECT_TRUE(wrote("out", part)) << part;
     }
     EXPECT_EQ(run(HOST_PROGRAM, {"--version"}), 0);
