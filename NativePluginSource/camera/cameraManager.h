@@ -61,7 +61,8 @@ class QVR_API cameraManager {
     bool setProjectionMap(const std::string& text, int mode);
 
     // Sizes the three buffers, and the detection once it is configured, from the resolutions;
-    // contents become 0. An image beyond 256 MiB gets no buffer, so that its frames fail.
+    // contents become 0. An image beyond 256 MiB, or with a side beyond 65535 pixels, gets no
+    // buffer, so that its frames fail.
     void resetBuffers();
 
     // Depth units in one metre; -1 while no device is open.

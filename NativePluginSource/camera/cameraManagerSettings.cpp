@@ -11,6 +11,8 @@
 #include "foundation/numbers.h"
 #include "foundation/utils.h"
 
+#include <algorithm>
+
 #include <json11.hpp>
 #include <librealsense/rs.hpp>
 
@@ -21,9 +23,13 @@ namespace {
 // No camera has larger images; a damaged document must not take all of the machine's memory.
 constexpr std::uint64_t largestImageBytes = 256ULL << 20;
 
+// Nor a longer side: detection keeps room for every row and column, also of an image so thin, or so
+// empty, that its pixels take little.
+constexpr unsigned int longestSide = 65535;
+
 bool isImageSize(unsigned int width, unsigned int height, unsigned int bytesPerPixel) {
     const std::uint64_t pixels = std::uint64_t{width} * height;
-    return pixels <= largestImageBytes / bytesPerPixel;
+    return std::max(width, height) <= longestSide && pixels <= largestImageBytes / bytesPerPixel;
 }
 
 } // namespace

@@ -7,6 +7,8 @@
 #include "detection/blobManager.h"
 #include "detection/touchManager.h"
 
+#include <utility>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <librealsense/rs.hpp>
@@ -285,6 +287,25 @@ TEST_F(CameraManagerSettings, SizesThatNoCameraHasTakeNoMemory) {
     EXPECT_EQ(manager.setCalibrationData(smallDocument()), 0);
     EXPECT_EQ(manager.blobs->mask.size(), 64U * 48U);
     EXPECT_EQ(cameraManager::update(frame), 0);
+}
+
+TEST_F(CameraManagerSettings, ThinImagesThatNoCameraHasTakeNoMemory) {
+    cameraManager& manager = start(smallDocument());
+    const std::pair<unsigned int, unsigned int> sizes[] = {
+        {4294967295U, 0}, {0, 4294967295U}, {65536, 1}, {1, 65536}};
+    for (const auto& [width, height] : sizes) {
+        manager.depthResX = manager.colorResX = width;
+        manager.depthResY = manager.colorResY = height;
+        manager.resetBuffers();
+        EXPECT_TRUE(manager.depthBuffer.empty()) << width << " x " << height;
+        EXPECT_TRUE(manager.colorBuffer.empty()) << width << " x " << height;
+        EXPECT_EQ(manager.blobs->width, 0U) << width << " x " << height;
+        EXPECT_EQ(manager.blobs->height, 0U) << width << " x " << height;
+    }
+    manager.depthResX = 65535;
+    manager.depthResY = 1;
+    manager.resetBuffers();
+    EXPECT_EQ(manager.blobs->mask.size(), 65535U);
 }
 
 TEST_F(CameraManagerSettings, OneMeterScaleIsAWholeNumberWhereTheCameraMeansOne) {
