@@ -3,6 +3,7 @@
 #include "camera/FakeRealsense.h"
 #include "camera/ManagerFixture.h"
 #include "camera/cameraManager.h"
+#include "foundation/jsonValues.h"
 #include "fuzzing.h"
 #include "pipelineSwitches.h"
 #include "support/TemporaryVolume.h"
@@ -23,15 +24,18 @@ void connectCamera() {
     support::showFinger(camera.depthImage);
 }
 
-// Large images cost time and show nothing that smaller ones do not.
+// Images that are accepted and large cost time and show nothing that smaller ones do not.
 bool asksForLargeImages(const json11::Json& document) {
-    constexpr double large = 2048.0;
-    for (const char* key : {"depthResX", "depthResY", "colorResX", "colorResY"}) {
-        if (document[key].number_value() > large || document[key].number_value() < 0.0) {
-            return true;
-        }
-    }
-    return false;
+    constexpr std::uint64_t large = 1U << 20;
+    constexpr std::uint64_t refused = 256U << 20;
+    const auto pixels = [&](const char* width, const char* height) {
+        const auto side = [&](const char* key) {
+            return static_cast<std::uint32_t>(QVR::intValue(document[key], 640));
+        };
+        return std::uint64_t{side(width)} * side(height);
+    };
+    const auto isLarge = [](std::uint64_t count) { return count > large && count <= refused; };
+    return isLarge(pixels("depthResX", "depthResY")) || isLarge(pixels("colorResX", "colorResY"));
 }
 
 void run(QVR::cameraManager& manager) {

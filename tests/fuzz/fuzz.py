@@ -129,7 +129,7 @@ def minimise(target):
     before = set(corpus.iterdir())
     # Reached or not is what counts here: by how often each place is reached, nearly every input
     # would differ.
-    code, output = start(target, ["-merge=1", "-use_counters=0", f"-max_len={LARGEST_FILE}",
+    code, output = start(target, ["-set_cover_merge=1", "-use_counters=0", f"-max_len={LARGEST_FILE}",
                                   corpus, folder(GROWN / target)])
     added = sorted(set(corpus.iterdir()) - before, key=lambda file: file.stat().st_size)
     while added and size(before) + size(added) > LARGEST_CORPUS:
