@@ -38,13 +38,15 @@ Exit codes:
 
 const std::string seeHelp = "\nqvr-server --help lists the options.";
 
-// "--name" and "--no-name", of which the last one counts; neither leaves `value` empty.
+// "--name" and "--no-name", of which the last one counts; neither leaves `value` empty. They take
+// no value: one that is no truth value would end the server instead of being named.
 void addSwitch(CLI::App& app, const std::string& name, std::optional<bool>& value,
                const std::string& help) {
     app.add_flag_function(
            "--" + name + ",!--no-" + name, [&value](std::int64_t count) { value = count > 0; },
            help)
-        ->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeLast)
+        ->disable_flag_override();
 }
 
 // Leaves out what the library adds to the names of negative flags.

@@ -131,6 +131,9 @@ TEST(Options, NameTheBadOne) {
     EXPECT_THAT(problem({"--client-timeout", "-2"}), HasSubstr("--client-timeout"));
     EXPECT_THAT(problem({"--max-clients", "0"}), HasSubstr("--max-clients"));
     EXPECT_THAT(problem({"--camera"}), HasSubstr("--camera"));
+    EXPECT_THAT(problem({"--color=maybe"}), HasSubstr("color"));
+    EXPECT_THAT(problem({"--no-depth=99999999999999999999"}), HasSubstr("no-depth"));
+    EXPECT_THAT(problem({"--verbose=maybe"}), HasSubstr("--verbose"));
     EXPECT_THAT(problem({"--touch-log"}), HasSubstr("--touch-log"));
     EXPECT_THAT(problem({"--bogus"}), HasSubstr("qvr-server --help lists the options."));
 }
