@@ -28,7 +28,7 @@ EXECUTION_SECONDS = 25
 MEMORY_MEGABYTES = 4096
 
 # A sanitizer's report begins with one of these.
-REPORT = re.compile(r"runtime error:|^==\d+==ERROR|this does not hold|terminate called", re.M)
+REPORT = re.compile(r"^.*runtime error:|^==\d+==ERROR|^this does not hold|^terminate called", re.M)
 
 
 @dataclasses.dataclass

@@ -34,7 +34,10 @@ class ReadRun(unittest.TestCase):
         run = fuzz.read_run("depthImages", FINDING)
         self.assertEqual(run.finding, "x-crash-0beec7b5")
         self.assertTrue(run.row().endswith("FINDING"))
-        self.assertTrue(fuzz.REPORT.search(FINDING))
+
+    def test_shows_the_report_from_the_line_that_names_the_place(self):
+        report = fuzz.REPORT.search(FINDING)
+        self.assertTrue(FINDING[report.start():].startswith("blobRuns.cpp:20:5: runtime error"))
 
     def test_of_a_program_that_does_not_start_is_all_zero(self):
         self.assertEqual(fuzz.read_run("depthImages", ""), fuzz.Run("depthImages", 0, 0, 0, 0, 0))
