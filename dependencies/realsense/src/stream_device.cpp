@@ -173,9 +173,7 @@ rs_scene_truth StreamDevice::sceneTruth() const {
     if (!current_) {
         throw std::runtime_error("no frame has come yet");
     }
-    rs_scene_truth truth = source_->truth(*current_);
-    truth.frame = *current_;
-    return truth;
+    return source_->truth(*current_);
 }
 
 // Both streams run at one rate, so a rate asked for on one of them holds for both.

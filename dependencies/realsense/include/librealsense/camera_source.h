@@ -14,7 +14,8 @@ extern "C" {
 
 /* Chooses what contexts created from now on enumerate:
  *   "simulated" or "simulated:key=value,..."  a synthetic scene with known truth
- *   "images:DIR" or "images:DIR,key=value,..." a folder of 16-bit PNG depth images
+ *   "images:DIR" or "images:DIR,key=value,..." a recording, or a folder of 16-bit PNG depth
+ *                                             images
  * Null or "" returns to the default: the environment variable QVR_CAMERA, else real hardware.
  * Fails on an unknown source, key or value, and on a folder without usable images; the message
  * says what is wrong and what is accepted. An existing context keeps its devices. */
@@ -33,14 +34,18 @@ typedef struct rs_scene_finger {
 #define RS_SCENE_MAX_FINGERS 16
 
 typedef struct rs_scene_truth {
-    unsigned long long frame; /* number of the current frame, from 0 */
+    unsigned long long frame; /* number of the current frame, from 0; of a recording, the number
+                                 that the frame had when it was recorded */
+    double seconds;           /* when it came, since the recorded camera's start, if `timed` */
+    int timed;                /* 1 when the source knows that */
     int known;                /* 1 when the source knows the truth of its scene */
     int finger_count;
     rs_scene_finger fingers[RS_SCENE_MAX_FINGERS];
 } rs_scene_truth;
 
 /* The truth behind the frame that the last wait made current. Sources of pictures alone fill in
- * `frame` and leave `known` 0. Fails when the device is no source of ours or no frame came yet. */
+ * the frame's number and time and leave `known` 0. Fails when the device is no source of ours or no
+ * frame came yet. */
 void rs_get_scene_truth(const rs_device* device, rs_scene_truth* truth, rs_error** error);
 
 #ifdef __cplusplus

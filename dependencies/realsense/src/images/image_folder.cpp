@@ -8,6 +8,8 @@
 #include <string>
 #include <string_view>
 #include <system_error>
+#include <unordered_map>
+#include <utility>
 
 namespace camera {
 namespace {
@@ -30,10 +32,49 @@ std::string commonName(const std::filesystem::path& file, std::string_view prefi
     return stem.starts_with(prefix) ? stem.substr(prefix.size()) : stem;
 }
 
+bool isColor(const std::filesystem::path& file) {
+    return file.filename().string().starts_with(colorPrefix);
+}
+
+// In name order, depth images among them.
+std::vector<std::filesystem::path> picturesOf(const std::filesystem::path& folder) {
+    std::error_code problem;
+    if (!std::filesystem::is_directory(folder, problem)) {
+        throw std::runtime_error("image folder " + folder.string() +
+                                 " does not exist or is no folder");
+    }
+    std::vector<std::filesystem::path> files;
+    for (auto entry = std::filesystem::directory_iterator(folder, problem);
+         !problem && entry != std::filesystem::directory_iterator(); entry.increment(problem)) {
+        if (isPng(entry->path())) {
+            files.push_back(entry->path());
+        }
+    }
+    if (problem) {
+        throw std::runtime_error("image folder " + folder.string() +
+                                 " cannot be read: " + problem.message());
+    }
+    if (std::all_of(files.begin(), files.end(), isColor)) {
+        throw std::runtime_error("image folder " + folder.string() +
+                                 " has no depth images; 16-bit grey PNGs are needed");
+    }
+    std::sort(files.begin(), files.end());
+    return files;
+}
+
 } // namespace
 
-ImageFolder::ImageFolder(const std::filesystem::path& folder, std::size_t memoryBound) {
-    findFiles(folder);
+ImageFolder::ImageFolder(const std::filesystem::path& folder, std::size_t memoryBound)
+    : ImageFolder(picturesOf(folder), memoryBound) {}
+
+ImageFolder::ImageFolder(std::vector<std::filesystem::path> files, std::size_t memoryBound) {
+    for (auto& file : files) {
+        if (isColor(file)) {
+            colors_.push_back({std::move(file), {}, {}});
+        } else {
+            frames_.push_back({std::move(file), {}, 0});
+        }
+    }
     checkHeaders();
     pairColors();
     keepInMemory(memoryBound);
@@ -67,37 +108,6 @@ void ImageFolder::paintColor(std::size_t index, std::span<std::uint8_t> to,
     }
 }
 
-void ImageFolder::findFiles(const std::filesystem::path& folder) {
-    std::error_code problem;
-    if (!std::filesystem::is_directory(folder, problem)) {
-        throw std::runtime_error("image folder " + folder.string() +
-                                 " does not exist or is no folder");
-    }
-    std::vector<std::filesystem::path> files;
-    for (auto entry = std::filesystem::directory_iterator(folder, problem);
-         !problem && entry != std::filesystem::directory_iterator(); entry.increment(problem)) {
-        if (isPng(entry->path())) {
-            files.push_back(entry->path());
-        }
-    }
-    if (problem) {
-        throw std::runtime_error("image folder " + folder.string() +
-                                 " cannot be read: " + problem.message());
-    }
-    std::sort(files.begin(), files.end());
-    for (auto& file : files) {
-        if (file.filename().string().starts_with(colorPrefix)) {
-            colors_.push_back({std::move(file), {}, {}});
-        } else {
-            frames_.push_back({std::move(file), {}, 0});
-        }
-    }
-    if (frames_.empty()) {
-        throw std::runtime_error("image folder " + folder.string() +
-                                 " has no depth images; 16-bit grey PNGs are needed");
-    }
-}
-
 void ImageFolder::checkHeaders() {
     depthSize_ = depthPngSize(frames_.front().file);
     for (const Frame& frame : frames_) {
@@ -120,14 +130,15 @@ void ImageFolder::pairColors() {
     if (colors_.empty()) {
         return;
     }
+    std::unordered_map<std::string, std::size_t> colorNamed;
+    for (std::size_t i = 0; i < colors_.size(); ++i) {
+        colorNamed.emplace(commonName(colors_[i].file, colorPrefix), i);
+    }
     std::vector<std::size_t> byName;
     for (const Frame& frame : frames_) {
-        const std::string name = commonName(frame.file, depthPrefix);
-        const auto pair = std::find_if(colors_.begin(), colors_.end(), [&](const ColorFile& color) {
-            return commonName(color.file, colorPrefix) == name;
-        });
-        if (pair != colors_.end()) {
-            byName.push_back(static_cast<std::size_t>(pair - colors_.begin()));
+        const auto pair = colorNamed.find(commonName(frame.file, depthPrefix));
+        if (pair != colorNamed.end()) {
+            byName.push_back(pair->second);
         }
     }
     const bool everyOne = byName.size() == frames_.size();

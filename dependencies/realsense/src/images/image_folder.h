@@ -24,6 +24,9 @@ class ImageFolder {
     // file and what is needed.
     explicit ImageFolder(const std::filesystem::path& folder,
                          std::size_t memoryBound = usualMemoryBound);
+    // The same of these files of a folder alone, in the order given.
+    explicit ImageFolder(std::vector<std::filesystem::path> files,
+                         std::size_t memoryBound = usualMemoryBound);
 
     std::size_t count() const { return frames_.size(); }
     ImageSize depthSize() const { return depthSize_; }
@@ -46,7 +49,6 @@ class ImageFolder {
         std::size_t color = 0;              // place in colors_, when there are any
     };
 
-    void findFiles(const std::filesystem::path& folder);
     void checkHeaders();
     void pairColors();
     void keepInMemory(std::size_t memoryBound);

@@ -8,6 +8,8 @@ namespace camera {
 namespace {
 
 constexpr int usualFramerate = 30;
+constexpr float usualScale = 0.000125f;
+constexpr float usualFocalLength = 476.0f;
 constexpr int longestColorSide = 16384;
 
 // Checks the options before the folder is read, which may take a while.
@@ -28,8 +30,49 @@ std::string sizeText(int width, int height) {
     return std::to_string(width) + "x" + std::to_string(height);
 }
 
+ImageFolder picturesOf(const std::string& folder, const std::optional<Recording>& recording) {
+    if (!recording) {
+        return ImageFolder(folder);
+    }
+    std::vector<std::filesystem::path> files;
+    for (const RecordedFrame& frame : recording->frames) {
+        files.push_back(frame.depth);
+        files.push_back(frame.color);
+    }
+    return ImageFolder(std::move(files));
+}
+
+// The lens of the recording, or a usual one, as far as the keys say nothing else.
+rs_intrinsics depthLens(const SourceOptions& options, const std::optional<Recording>& recording,
+                        ImageSize size) {
+    rs_intrinsics lens{};
+    if (recording) {
+        lens = recording->depth;
+    } else {
+        lens.width = size.width;
+        lens.height = size.height;
+        lens.fx = lens.fy = usualFocalLength;
+        lens.ppx = static_cast<float>(size.width / 2.0);
+        lens.ppy = static_cast<float>(size.height / 2.0);
+        lens.model = RS_DISTORTION_NONE;
+    }
+    if (lens.width != size.width || lens.height != size.height) {
+        throw std::runtime_error("the recording is of depth images of " +
+                                 sizeText(lens.width, lens.height) + ", its images are " +
+                                 sizeText(size.width, size.height));
+    }
+    lens.fx = real(options, "fx", lens.fx, 1e-3, 1e6);
+    lens.fy = real(options, "fy", lens.fy, 1e-3, 1e6);
+    lens.ppx = real(options, "ppx", lens.ppx, -1e6, 1e6);
+    lens.ppy = real(options, "ppy", lens.ppy, -1e6, 1e6);
+    return lens;
+}
+
 // A camera with `lens` whose pictures are stretched to another size.
 rs_intrinsics stretched(const rs_intrinsics& lens, ImageSize size) {
+    if (lens.width == size.width && lens.height == size.height) {
+        return lens; // to the last bit
+    }
     const float x = static_cast<float>(size.width) / static_cast<float>(lens.width);
     const float y = static_cast<float>(size.height) / static_cast<float>(lens.height);
     rs_intrinsics result = lens;
@@ -45,15 +88,18 @@ rs_intrinsics stretched(const rs_intrinsics& lens, ImageSize size) {
 } // namespace
 
 ImageFolderSource::ImageFolderSource(const SourceOptions& options)
-    : folderName_(checkedFolder(options)), folder_(folderName_),
-      depthScale_(real(options, "scale", 0.000125, 1e-9, 1.0)),
+    : folderName_(checkedFolder(options)), recording_(readRecording(folderName_)),
+      folder_(picturesOf(folderName_, recording_)),
+      depthScale_(
+          real(options, "scale", recording_ ? recording_->depthScale : usualScale, 1e-9, 1.0)),
       framerate_(options.integer("fps", 0, 1, 1000)), hold_(options.integer("hold", 1, 1, 1000)),
-      fx_(real(options, "fx", 476.0, 1e-3, 1e6)), fy_(real(options, "fy", 476.0, 1e-3, 1e6)),
-      ppx_(real(options, "ppx", folder_.depthSize().width / 2.0, -1e6, 1e6)),
-      ppy_(real(options, "ppy", folder_.depthSize().height / 2.0, -1e6, 1e6)),
+      depthLens_(depthLens(options, recording_, folder_.depthSize())),
       paced_(options.onOff("pace", true)) {}
 
 rs_extrinsics ImageFolderSource::depthToColor() const {
+    if (recording_) {
+        return recording_->depthToColor;
+    }
     return {{1, 0, 0, 0, 1, 0, 0, 0, 1}, {0, 0, 0}};
 }
 
@@ -73,18 +119,18 @@ CameraGeometry ImageFolderSource::configure(const StreamRequest& depth,
     }
     colorSize_ = colorSizeFor(color);
     CameraGeometry geometry;
-    geometry.depth = depthIntrinsics();
-    geometry.color = stretched(geometry.depth, colorSize_);
+    geometry.depth = depthLens_;
+    geometry.color = stretched(recording_ ? recording_->color : depthLens_, colorSize_);
     geometry.depthToColor = depthToColor();
     geometry.depthScale = depthScale_;
-    geometry.framerate = framerate_ ? framerate_ : asked ? asked : usualFramerate;
+    const int usual = recording_ ? recording_->framerate : usualFramerate;
+    geometry.framerate = framerate_ ? framerate_ : asked ? asked : usual;
     return geometry;
 }
 
 void ImageFolderSource::render(std::uint64_t number, std::span<std::uint16_t> depth,
                                std::span<std::uint8_t> color) {
-    const std::uint64_t picture = number / static_cast<std::uint64_t>(hold_);
-    const auto index = static_cast<std::size_t>(picture % folder_.count());
+    const std::size_t index = indexOf(number);
     if (!depth.empty()) {
         folder_.copyDepth(index, depth);
     }
@@ -96,19 +142,17 @@ void ImageFolderSource::render(std::uint64_t number, std::span<std::uint16_t> de
 rs_scene_truth ImageFolderSource::truth(std::uint64_t number) const {
     rs_scene_truth truth{};
     truth.frame = number;
+    if (recording_) {
+        const RecordedFrame& frame = recording_->frames[indexOf(number)];
+        truth.frame = frame.number;
+        truth.seconds = frame.seconds;
+        truth.timed = 1;
+    }
     return truth;
 }
 
-rs_intrinsics ImageFolderSource::depthIntrinsics() const {
-    rs_intrinsics lens{};
-    lens.width = folder_.depthSize().width;
-    lens.height = folder_.depthSize().height;
-    lens.fx = fx_;
-    lens.fy = fy_;
-    lens.ppx = ppx_;
-    lens.ppy = ppy_;
-    lens.model = RS_DISTORTION_NONE;
-    return lens;
+std::size_t ImageFolderSource::indexOf(std::uint64_t number) const {
+    return static_cast<std::size_t>(number / static_cast<std::uint64_t>(hold_) % folder_.count());
 }
 
 // A side that is not asked for stays as it is in the colour pictures.

@@ -1,15 +1,21 @@
-// A camera that plays a folder of recorded pictures over and over.
+// A camera that plays a recording, or any folder of depth images, over and over.
 #pragma once
 
 #include "frame_source.h"
 #include "images/image_folder.h"
+#include "images/recording.h"
 #include "source_options.h"
+
+#include <cstddef>
+#include <optional>
 
 namespace camera {
 
 // images:DIR with the keys scale (metres in one depth unit, 0.000125), fps (30, or whatever rate a
-// program asks for), fx, fy (476), ppx, ppy (the middle) and pace (on or off). An image in which
-// nothing is measured is skipped, as any camera's empty pictures are.
+// program asks for), hold (frames for which each picture stays, 1), fx, fy (476), ppx, ppy (the
+// middle) and pace (on or off). A recording has its own scale, rate, lenses and pose instead of
+// these, save where a key is given. An image in which nothing is measured is skipped, as any
+// camera's empty pictures are.
 class ImageFolderSource : public FrameSource {
   public:
     explicit ImageFolderSource(const SourceOptions& options);
@@ -19,7 +25,7 @@ class ImageFolderSource : public FrameSource {
     std::string firmware() const override { return "1.0.0.0"; }
 
     float depthScale() const override { return depthScale_; }
-    // The pictures were taken from one place.
+    // Pictures of no recording were taken from one place.
     rs_extrinsics depthToColor() const override;
 
     CameraGeometry configure(const StreamRequest& depth, const StreamRequest& color) override;
@@ -29,15 +35,16 @@ class ImageFolderSource : public FrameSource {
     rs_scene_truth truth(std::uint64_t number) const override;
 
   private:
-    rs_intrinsics depthIntrinsics() const;
+    std::size_t indexOf(std::uint64_t number) const;
     ImageSize colorSizeFor(const StreamRequest& color) const;
 
     std::string folderName_;
+    std::optional<Recording> recording_;
     ImageFolder folder_;
     float depthScale_;
     int framerate_; // 0: as the program asks
-    int hold_;      // frames for which each picture stays
-    float fx_, fy_, ppx_, ppy_;
+    int hold_;
+    rs_intrinsics depthLens_;
     bool paced_;
     ImageSize colorSize_;
 };
