@@ -1,12 +1,12 @@
 // qvr-evaluate: how well fingers are found, in figures that anyone can reproduce.
 
+#include "common/ProgressBar.h"
 #include "common/executablePath.h"
 #include "evaluate/Evaluation.h"
 #include "evaluate/EvaluationError.h"
 #include "evaluate/FolderRun.h"
 #include "evaluate/Goals.h"
 #include "evaluate/Options.h"
-#include "evaluate/ProgressBar.h"
 #include "evaluate/Scene.h"
 #include "evaluate/Settings.h"
 #include "evaluate/pictureFiles.h"
@@ -57,7 +57,7 @@ int playScenes(const Options& options) {
     const auto start = std::chrono::steady_clock::now();
     Report report{settings.path(), options.seed, {}, 0.0};
     {
-        ProgressBar bar(watchedTerminal(), frames);
+        programs::ProgressBar bar(programs::watchedTerminal(), frames);
         Evaluation evaluation(settings, options.seed, [&] { bar.step(); });
         for (const Scene& scene : scenes) {
             bar.label(scene.name);

@@ -1,5 +1,5 @@
+#include "common/ProgressBar.h"
 #include "evaluate/Goals.h"
-#include "evaluate/ProgressBar.h"
 #include "evaluate/TextTable.h"
 #include "evaluate/report.h"
 
@@ -112,7 +112,7 @@ TEST(ProgressBar, DrawsItsLineAndTakesItAway) {
     const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::tmpfile(), &std::fclose);
     ASSERT_TRUE(file);
     {
-        evaluate::ProgressBar bar(file.get(), 2);
+        programs::ProgressBar bar(file.get(), 2);
         bar.label("resting");
         bar.step();
     }
@@ -124,7 +124,7 @@ TEST(ProgressBar, DrawsItsLineAndTakesItAway) {
 }
 
 TEST(ProgressBar, DrawsNothingWithoutATerminal) {
-    evaluate::ProgressBar bar(nullptr, 2);
+    programs::ProgressBar bar(nullptr, 2);
     bar.step();
     bar.step();
     bar.step();

@@ -1,10 +1,10 @@
-#include "evaluate/ProgressBar.h"
+#include "common/ProgressBar.h"
 
 #include <algorithm>
 
 #include <unistd.h>
 
-namespace evaluate {
+namespace programs {
 
 namespace {
 
@@ -41,4 +41,4 @@ std::FILE* watchedTerminal() {
     return isatty(STDERR_FILENO) != 0 ? stderr : nullptr;
 }
 
-} // namespace evaluate
+} // namespace programs

@@ -6,7 +6,7 @@
 #include <cstdio>
 #include <string>
 
-namespace evaluate {
+namespace programs {
 
 class ProgressBar {
   public:
@@ -32,4 +32,4 @@ class ProgressBar {
 // Standard error when that is a terminal, else null.
 std::FILE* watchedTerminal();
 
-} // namespace evaluate
+} // namespace programs
