@@ -1,6 +1,7 @@
 #include "CameraLoop.h"
 
 #include "Broadcaster.h"
+#include "CameraRecording.h"
 #include "CameraSource.h"
 #include "ServerError.h"
 #include "ServerLog.h"
@@ -27,9 +28,10 @@ constexpr std::chrono::nanoseconds longestRetryDelay = 5s;
 
 } // namespace
 
-CameraLoop::CameraLoop(const Options& options, const StopRequest& stop, TouchLog* touchLog)
-    : options_(options), stop_(stop), touchLog_(touchLog), status_(options.statsInterval),
-      started_(Clock::now()), lastGood_(started_) {}
+CameraLoop::CameraLoop(const Options& options, const StopRequest& stop, TouchLog* touchLog,
+                       CameraRecording* recording)
+    : options_(options), stop_(stop), touchLog_(touchLog), recording_(recording),
+      status_(options.statsInterval), started_(Clock::now()), lastGood_(started_) {}
 
 void CameraLoop::open() {
     session_.emplace(options_);
@@ -41,6 +43,8 @@ void CameraLoop::announce(Broadcaster& broadcaster) {
         previous_.reset();
     layout_ = layout;
     framePeriod_ = session_->framePeriod();
+    if (recording_ != nullptr)
+        recording_->cameraStarted(options_);
     broadcaster.announce(session_->header(), framePeriod_);
 }
 
@@ -74,6 +78,8 @@ void CameraLoop::takeFrame(Broadcaster& broadcaster, const QVR::networkFrameData
         cameraManager::get()->touches->getTouches(&records);
     if (touchLog_ != nullptr)
         logTouches(records);
+    if (recording_ != nullptr)
+        recording_->takeFrame(frames_, secondsOfFrame(), records);
     status_.countFrame(records);
     ++frames_;
 }
@@ -91,9 +97,13 @@ void CameraLoop::publish(Broadcaster& broadcaster, const QVR::networkFrameData& 
     broadcaster.publish(std::move(frame));
 }
 
+double CameraLoop::secondsOfFrame() const {
+    return std::chrono::duration<double>(lastGood_ - started_).count();
+}
+
 void CameraLoop::logTouches(const QVR::NetworkTouch* records) {
-    touchLog_->write(frames_, std::chrono::duration<double>(lastGood_ - started_).count(), records,
-                     *cameraManager::get()->touches, currentSceneTruth());
+    touchLog_->write(frames_, secondsOfFrame(), records, *cameraManager::get()->touches,
+                     currentSceneTruth());
 }
 
 void CameraLoop::recover(Broadcaster& broadcaster) {

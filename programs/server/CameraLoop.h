@@ -17,6 +17,7 @@
 namespace server {
 
 class Broadcaster;
+class CameraRecording;
 class ServerError;
 class StopRequest;
 class TouchLog;
@@ -27,8 +28,9 @@ class CameraLoop {
     // How long a camera may fail or be silent before it counts as lost.
     static constexpr std::chrono::milliseconds cameraTimeout{1000};
 
-    // `touchLog` may be null. Everything passed must outlive the loop.
-    CameraLoop(const Options& options, const StopRequest& stop, TouchLog* touchLog);
+    // `touchLog` and `recording` may be null. Everything passed must outlive the loop.
+    CameraLoop(const Options& options, const StopRequest& stop, TouchLog* touchLog,
+               CameraRecording* recording = nullptr);
 
     // Starts the camera; throws ServerError as CameraSession does.
     void open();
@@ -53,11 +55,13 @@ class CameraLoop {
     void complain(const ServerError& error);
     bool pause(const Broadcaster& broadcaster, std::chrono::nanoseconds duration) const;
     bool finished(const Broadcaster& broadcaster) const;
+    double secondsOfFrame() const;
     void logTouches(const QVR::NetworkTouch* records);
 
     const Options& options_;
     const StopRequest& stop_;
     TouchLog* touchLog_;
+    CameraRecording* recording_;
     StatusLine status_;
     std::optional<CameraSession> session_;
     FrameLayout layout_;

@@ -36,7 +36,9 @@ void selectCameraSource(const Options& options) {
     throw ServerError(exitBadCameraSource, "camera source '" + source + "': " + message);
 }
 
-std::optional<SceneTruth> currentSceneTruth() {
+namespace {
+
+std::optional<rs_scene_truth> currentScene() {
     rs_scene_truth scene{};
     rs_error* error = nullptr;
     rs_get_scene_truth(QVR::cameraManager::get()->camera->device, &scene, &error);
@@ -44,12 +46,26 @@ std::optional<SceneTruth> currentSceneTruth() {
         rs_free_error(error);
         return std::nullopt;
     }
-    if (scene.known == 0)
+    return scene;
+}
+
+} // namespace
+
+FrameStamp currentFrameStamp(const FrameStamp& fallback) {
+    const std::optional<rs_scene_truth> scene = currentScene();
+    if (!scene)
+        return fallback;
+    return {scene->frame, scene->timed != 0 ? scene->seconds : fallback.seconds};
+}
+
+std::optional<SceneTruth> currentSceneTruth() {
+    const std::optional<rs_scene_truth> scene = currentScene();
+    if (!scene || scene->known == 0)
         return std::nullopt;
     SceneTruth truth;
-    const int count = std::clamp(scene.finger_count, 0, RS_SCENE_MAX_FINGERS);
+    const int count = std::clamp(scene->finger_count, 0, RS_SCENE_MAX_FINGERS);
     for (int i = 0; i < count; ++i) {
-        const rs_scene_finger& finger = scene.fingers[i];
+        const rs_scene_finger& finger = scene->fingers[i];
         truth.push_back({finger.id,
                          finger.touching != 0,
                          {finger.pixel[0], finger.pixel[1]},
@@ -69,6 +85,10 @@ void selectCameraSource(const Options& options) {
 
 std::optional<SceneTruth> currentSceneTruth() {
     return std::nullopt;
+}
+
+FrameStamp currentFrameStamp(const FrameStamp& fallback) {
+    return fallback;
 }
 
 #endif

@@ -4,6 +4,7 @@
 #include "Options.h"
 
 #include <array>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -21,6 +22,12 @@ struct SceneFinger {
 
 using SceneTruth = std::vector<SceneFinger>;
 
+// Which of the camera's frames one is, and when it came, in seconds since the camera's start.
+struct FrameStamp {
+    std::uint64_t number = 0;
+    double seconds = 0.0;
+};
+
 // The source asked for with --camera, else with the variable QVR_CAMERA; "" for connected cameras.
 std::string cameraSource(const Options& options);
 
@@ -31,5 +38,8 @@ void selectCameraSource(const Options& options);
 
 // The truth behind the pipeline's current frame, for a source that knows it.
 std::optional<SceneTruth> currentSceneTruth();
+
+// The stamp of the pipeline's current frame as far as the source has one, else that of `fallback`.
+FrameStamp currentFrameStamp(const FrameStamp& fallback);
 
 } // namespace server

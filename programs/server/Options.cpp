@@ -164,6 +164,10 @@ std::optional<Options> parseOptions(int argc, const char* const* argv) {
     app.add_option("--touch-log", options.touchLog,
                    "Write the touches of every camera frame to FILE, one JSON object a line")
         ->type_name("FILE");
+    app.add_option("--record", options.record,
+                   "Record the camera's pictures and the touches to the new folder DIR; play it "
+                   "with --camera images:DIR, check it with qvr-replay")
+        ->type_name("DIR");
     app.add_option("--client-timeout", clientTimeout,
                    "Drop a client that takes nothing for so long (default: 10)")
         ->type_name("SECONDS")

@@ -29,6 +29,7 @@ struct Options {
     std::optional<std::chrono::duration<double>> statsInterval;
     bool verbose = false;
     std::optional<std::string> touchLog;
+    std::optional<std::string> record; // folder
     std::chrono::milliseconds clientTimeout{10000};
     std::size_t maxClients = 16;
     std::optional<std::string> check; // explain the settings in this folder, and serve nothing

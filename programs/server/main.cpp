@@ -2,6 +2,7 @@
 
 #include "Broadcaster.h"
 #include "CameraLoop.h"
+#include "CameraRecording.h"
 #include "CameraSource.h"
 #include "NetworkThread.h"
 #include "Options.h"
@@ -83,13 +84,17 @@ void serve(const Options& options) {
     std::optional<TouchLog> touchLog;
     if (options.touchLog)
         touchLog.emplace(*options.touchLog);
+    std::optional<CameraRecording> recording;
+    if (options.record)
+        recording.emplace(*options.record);
 
     // The thread is ended first, then what it works on.
     StopRequest stop;
     asio::io_context context;
     std::optional<Broadcaster> broadcaster;
     NetworkThread network(context, stop);
-    CameraLoop camera(options, stop, touchLog ? &*touchLog : nullptr);
+    CameraLoop camera(options, stop, touchLog ? &*touchLog : nullptr,
+                      recording ? &*recording : nullptr);
 
     camera.open();
     listenTo(broadcaster, context, networkSettings(options, camera.port()));
@@ -97,6 +102,8 @@ void serve(const Options& options) {
     // While the network thread still hears signals: a camera may hang in its stop, too.
     camera.close();
     network.join();
+    // A slow disk is no camera that does not answer, so not before.
+    recording.reset();
 }
 
 int check(const std::string& folder) {
@@ -109,6 +116,8 @@ int check(const std::string& folder) {
 int main(int argc, char** argv) {
     // A reader of our output that goes away is no reason to stop serving touches.
     std::signal(SIGPIPE, SIG_IGN);
+    // A limit on the size of files is met like a full disk.
+    std::signal(SIGXFSZ, SIG_IGN);
     try {
         const std::optional<Options> options = parseOptions(argc, argv);
         if (options && options->check)

@@ -51,6 +51,7 @@ TEST(Options, HaveDefaultsThatKeepPicturesOnThisMachine) {
     EXPECT_FALSE(options.statsInterval);
     EXPECT_FALSE(options.verbose);
     EXPECT_FALSE(options.touchLog);
+    EXPECT_FALSE(options.record);
     EXPECT_FALSE(options.check);
     EXPECT_EQ(options.clientTimeout, std::chrono::seconds(10));
     EXPECT_EQ(options.maxClients, 16U);
@@ -85,6 +86,8 @@ TEST(Options, TakeEveryOption) {
                                    "--verbose",
                                    "--touch-log",
                                    "log.jsonl",
+                                   "--record",
+                                   "recording",
                                    "--client-timeout",
                                    "0.25",
                                    "--max-clients",
@@ -104,6 +107,7 @@ TEST(Options, TakeEveryOption) {
     EXPECT_EQ(options.statsInterval->count(), 0.5);
     EXPECT_TRUE(options.verbose);
     EXPECT_EQ(options.touchLog, "log.jsonl");
+    EXPECT_EQ(options.record, "recording");
     EXPECT_EQ(options.clientTimeout, std::chrono::milliseconds(250));
     EXPECT_EQ(options.maxClients, 3U);
 }

@@ -1,0 +1,116 @@
+#include "recording/Recorder.h"
+
+#include <algorithm>
+#include <exception>
+#include <utility>
+
+namespace recording {
+
+namespace {
+
+constexpr std::size_t memoryBound = std::size_t{128} * 1024 * 1024;
+constexpr std::size_t fewestBuffers = 4;
+constexpr std::size_t mostBuffers = 64;
+
+} // namespace
+
+Recorder::Recorder(std::size_t depthPixels, std::size_t colorBytes, std::size_t buffers,
+                   Write write, Failed failed)
+    : write_(std::move(write)), failed_(std::move(failed)), ring_(buffers) {
+    for (Buffer& buffer : ring_) {
+        buffer.depth.resize(depthPixels);
+        buffer.color.resize(colorBytes);
+    }
+    thread_ = std::thread([this] { run(); });
+}
+
+Recorder::~Recorder() {
+    finish();
+}
+
+std::size_t Recorder::bufferCount(std::size_t depthPixels, std::size_t colorBytes) {
+    const std::size_t bytes = std::max<std::size_t>(1, depthPixels * 2 + colorBytes);
+    return std::clamp(memoryBound / bytes, fewestBuffers, mostBuffers);
+}
+
+void Recorder::offer(const FrameInfo& frame, const PictureView& pictures, const Tracking& before) {
+    std::unique_lock lock(mutex_);
+    if (broken_ || finished_) {
+        return;
+    }
+    if (filled_ == ring_.size()) {
+        ++droppedBefore_;
+        ++droppedInAll_;
+        return;
+    }
+    Buffer& buffer = ring_[(first_ + filled_) % ring_.size()];
+    // Nobody else touches a buffer that is not filled.
+    lock.unlock();
+    buffer.depth.assign(pictures.depth.begin(), pictures.depth.end());
+    buffer.color.assign(pictures.color.begin(), pictures.color.end());
+    buffer.frame = frame;
+    buffer.frame.dropped += droppedBefore_;
+    if (droppedBefore_ != 0) {
+        buffer.frame.tracking = before;
+    }
+    droppedBefore_ = 0;
+    lock.lock();
+    ++filled_;
+    changed_.notify_one();
+}
+
+void Recorder::finish() {
+    {
+        const std::lock_guard lock(mutex_);
+        finished_ = true;
+        changed_.notify_one();
+    }
+    if (thread_.joinable()) {
+        thread_.join();
+    }
+}
+
+std::uint64_t Recorder::written() const {
+    const std::lock_guard lock(mutex_);
+    return written_;
+}
+
+std::uint64_t Recorder::dropped() const {
+    const std::lock_guard lock(mutex_);
+    return droppedInAll_;
+}
+
+bool Recorder::failed() const {
+    const std::lock_guard lock(mutex_);
+    return broken_;
+}
+
+void Recorder::run() {
+    std::unique_lock lock(mutex_);
+    while (true) {
+        changed_.wait(lock, [this] { return filled_ != 0 || finished_; });
+        if (filled_ == 0) {
+            return;
+        }
+        const Buffer& buffer = ring_[first_];
+        lock.unlock();
+        std::string problem;
+        try {
+            write_(buffer.frame, {buffer.depth, buffer.color});
+        } catch (const std::exception& error) {
+            problem = error.what();
+        }
+        lock.lock();
+        if (!problem.empty()) {
+            broken_ = true;
+            lock.unlock();
+            failed_(problem);
+            return;
+        }
+        ++written_;
+        first_ = (first_ + 1) % ring_.size();
+        --filled_;
+    }
+}
+
+} // namespace recording
