@@ -38,3 +38,6 @@ run(${WORK}/by_pkg_config)
 # A moved installation's programs find their libraries beside them.
 run(${WORK}/moved/bin/qvr-server --version)
 run(${WORK}/moved/bin/qvr-host --version)
+if(EXISTS ${WORK}/moved/bin/qvr-replay)
+    run(${WORK}/moved/bin/qvr-replay --version)
+endif()
