@@ -65,6 +65,12 @@ void RawClient::close() {
     descriptor_ = -1;
 }
 
+void RawClient::reset() {
+    const linger atOnce{1, 0};
+    ::setsockopt(descriptor_, SOL_SOCKET, SO_LINGER, &atOnce, sizeof atOnce);
+    close();
+}
+
 bool RawClient::readable(int milliseconds) {
     pollfd entry{descriptor_, POLLIN, 0};
     return ::poll(&entry, 1, milliseconds) > 0;

@@ -44,6 +44,8 @@ class RawClient {
     // True when all was taken.
     bool send(const Bytes& bytes);
     void close();
+    // Closes so that the server sees an error instead of an end.
+    void reset();
 
   private:
     RawClient();
