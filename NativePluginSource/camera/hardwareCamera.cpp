@@ -5,6 +5,9 @@
 
 #include <json11.hpp>
 #include <librealsense/rs.hpp>
+#if QVR_HAVE_CAMERA_SOURCES
+#include <librealsense/camera_source.h>
+#endif
 
 namespace QVR {
 
@@ -65,6 +68,17 @@ unsigned int streamHeight(rs_device* device, std::int32_t stream) {
     const int height = rs_get_stream_height(device, static_cast<rs_stream>(stream), &error);
     rs::error::handle(error);
     return static_cast<unsigned int>(height);
+}
+
+// A camera without an option that fingers come out better with is still a camera; a camera library
+// that thinks so says what it let pass.
+void logNotices([[maybe_unused]] rs_device* device) {
+#if QVR_HAVE_CAMERA_SOURCES
+    const std::string notices = textOf(rs_take_device_notices(device, nullptr));
+    if (!notices.empty()) {
+        cameraManager::log(notices);
+    }
+#endif
 }
 
 } // namespace
@@ -203,6 +217,7 @@ bool hardwareCamera::startStreams(unsigned int colorWidth, unsigned int colorHei
         return false;
     }
     cameraManager::log("Camera streams initialized.");
+    logNotices(device);
     return true;
 }
 

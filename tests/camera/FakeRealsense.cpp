@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <sstream>
 #include <stdexcept>
+#include <utility>
 
 struct rs_error {
     std::string function;
@@ -242,6 +243,12 @@ const void* rs_get_frame_data(const rs_device* device, rs_stream stream, rs_erro
         return fake.nullColor ? nullptr : static_cast<const void*>(fake.colorImage.data());
     }
     return fake.nullDepth ? nullptr : static_cast<const void*>(fake.depthImage.data());
+}
+
+const char* rs_take_device_notices(rs_device*, rs_error**) {
+    static std::string taken;
+    taken = std::exchange(FakeRealsense::get().notices, "");
+    return taken.c_str();
 }
 
 const char* rs_get_failed_function(const rs_error* error) {

@@ -48,6 +48,9 @@ class FakeRealsense {
     rs_intrinsics colorIntrinsics = {};
     rs_intrinsics depthIntrinsics = {};
 
+    // What it could not do as asked, told once.
+    std::string notices;
+
     // What it delivers; start fills in images of the delivered sizes where these are empty.
     std::vector<std::uint16_t> depthImage;
     std::vector<std::uint8_t> colorImage;

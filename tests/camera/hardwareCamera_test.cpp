@@ -93,6 +93,13 @@ TEST_F(HardwareCamera, OpensTheFirstDeviceAndStartsColourBeforeDepth) {
     EXPECT_EQ(camera->depthFrameBytes, 640U * 480U * 2U);
 }
 
+TEST_F(HardwareCamera, LogsWhatTheCameraCouldNotDoAsAskedAndGoesOn) {
+    fake.notices = "Camera has no F200_FILTER_OPTION";
+    EXPECT_EQ(init(), 0);
+    EXPECT_THAT(log.messages(), ElementsAre(found, described, "Camera streams initialized.",
+                                            "Camera has no F200_FILTER_OPTION"));
+}
+
 TEST_F(HardwareCamera, ReportsTheSizesThatTheStreamsDeliver) {
     fake.deliveredColor = {1280, 720};
     fake.deliveredDepth = {320, 240};

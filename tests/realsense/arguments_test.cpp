@@ -86,6 +86,8 @@ TEST_F(Arguments, NameTheNullDeviceBeforeAnythingElse) {
                   "rs_get_stream_intrinsics", "device:0, stream:99, intrin:0", message);
     expectFailure(failure(rs_get_scene_truth, noDevice, static_cast<rs_scene_truth*>(nullptr)),
                   "rs_get_scene_truth", "device:0, truth:0", message);
+    expectFailure(failure(rs_take_device_notices, noDevice), "rs_take_device_notices", "device:0",
+                  message);
 }
 
 TEST_F(Arguments, AreCheckedInOrderWhenEnablingAStream) {

@@ -26,6 +26,7 @@ set(expected
     rs_set_device_option
     rs_start_source
     rs_stop_source
+    rs_take_device_notices
     rs_wait_for_frames)
 
 execute_process(COMMAND ${NM} -D --defined-only --format=posix ${LIBRARY}

@@ -103,6 +103,21 @@ TEST_F(StreamDeviceTest, FailsWhenNoFrameComesWithinFiveSeconds) {
     EXPECT_TRUE(device.streaming());
 }
 
+TEST_F(StreamDeviceTest, FailsAfterTheLimitThatItIsGiven) {
+    script->paint = [](std::uint64_t, Depth depth, Color color) { fill(depth, color, 0, 50); };
+    camera::StreamDevice impatient(std::make_unique<ScriptedSource>(script), clock, 200ms);
+    impatient.enable(RS_STREAM_DEPTH, 0, 0, RS_FORMAT_ANY, 0);
+    impatient.start(RS_SOURCE_VIDEO);
+    const auto before = clock.time;
+    try {
+        impatient.waitForFrames();
+        FAIL() << "no frame can come";
+    } catch (const std::runtime_error& error) {
+        EXPECT_STREQ(error.what(), "no frame came within 0.2 seconds");
+    }
+    EXPECT_EQ(clock.time - before, 200ms);
+}
+
 TEST_F(StreamDeviceTest, FailsAfterFiveSecondsOfUnpacedEmptyFrames) {
     script->paced = false;
     script->paint = [this](std::uint64_t, Depth depth, Color color) {
@@ -207,7 +222,7 @@ TEST_F(StreamDeviceTest, AlignsInTheModeThatIsSettledNow) {
 }
 
 TEST_F(StreamDeviceTest, RefusesToAlignADistortedColorCamera) {
-    script->geometry.color.model = RS_DISTORTION_MODIFIED_BROWN_CONRADY;
+    script->geometry.color.model = RS_DISTORTION_FTHETA;
     script->geometry.color.coeffs[1] = 0.1f;
     start();
     device.waitForFrames();

@@ -188,6 +188,10 @@ void rs_select_camera_source(const char* uri, rs_error** error) {
         fail(error, "no such source");
 }
 
+const char* rs_take_device_notices(rs_device*, rs_error**) {
+    return "";
+}
+
 void rs_get_scene_truth(const rs_device* device, rs_scene_truth* truth, rs_error**) {
     *truth = {};
     truth->frame = device->frame;

@@ -297,6 +297,16 @@ QVR_CAMERA_EXPORT void rs_select_camera_source(const char* uri, rs_error** error
         argument("uri", uri));
 }
 
+QVR_CAMERA_EXPORT const char* rs_take_device_notices(rs_device* device, rs_error** error) {
+    return guarded(
+        error, __func__, static_cast<const char*>(nullptr),
+        [&] {
+            requirePointer(device, "device");
+            return device->camera->takeNotices();
+        },
+        argument("device", device));
+}
+
 QVR_CAMERA_EXPORT void rs_get_scene_truth(const rs_device* device, rs_scene_truth* truth,
                                           rs_error** error) {
     guardedCall(

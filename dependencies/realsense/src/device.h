@@ -18,6 +18,9 @@ class Device {
     virtual bool supportsOption(rs_option option) const = 0;
     virtual void setOption(rs_option option, double value) = 0;
 
+    // What could not be done as asked since the last call, for the log. The text lives until then.
+    virtual const char* takeNotices() = 0;
+
     // Records the request; whether the camera can deliver it shows at start or at a size query.
     virtual void enable(rs_stream stream, int width, int height, rs_format format,
                         int framerate) = 0;

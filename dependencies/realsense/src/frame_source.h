@@ -1,11 +1,14 @@
 // Where pictures come from: the seam between a device's state machine (streams, start and stop,
-// waiting, frame lifetime, alignment), which is written once, and the synthetic scene or the
-// folder of images behind it.
+// waiting, frame lifetime, alignment), which is written once, and the synthetic scene, the folder
+// of images or the camera behind it.
 #pragma once
+
+#include "clock.h"
 
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
 
@@ -30,6 +33,22 @@ struct CameraGeometry {
     int framerate = 0;            // frames a second
 };
 
+// Which streams a program wants to see.
+struct EnabledStreams {
+    bool depth = false;
+    bool color = false;
+};
+
+// Frames of a started source, one after the other. Destroying it stops the source.
+class FrameArrivals {
+  public:
+    virtual ~FrameArrivals() = default;
+
+    // Waits for the next frame and gives its number; nothing when none arrives until `deadline`.
+    // Throws std::runtime_error when none can come any more.
+    virtual std::optional<std::uint64_t> next(Clock::Time deadline) = 0;
+};
+
 class FrameSource {
   public:
     virtual ~FrameSource() = default;
@@ -42,15 +61,29 @@ class FrameSource {
     virtual float depthScale() const = 0;
     virtual rs_extrinsics depthToColor() const = 0;
 
+    // Colour control comes first among the codes and belongs to every camera; then follow the
+    // options of the F200 and SR300 family, which made pictures are like. These need no tuning, so
+    // any value will do.
+    virtual bool supportsOption(rs_option option) const;
+    // Throws std::runtime_error for an option that does not exist here.
+    virtual void setOption(rs_option option, double value);
+    // What could not be done as asked since the last call, for the log; "" when there is nothing.
+    virtual std::string takeNotices();
+
     // Settles a mode, or throws std::runtime_error whose text lists what is available.
     virtual CameraGeometry configure(const StreamRequest& depth, const StreamRequest& color) = 0;
 
     // False when frames come as fast as they are asked for.
     virtual bool paced() const = 0;
 
-    // Fills the pictures of frame `number` (from 0) in the configured geometry: depth units, row
-    // by row, 0 where nothing is measured; RGB bytes. An empty span stands for a stream that is not
-    // enabled: its picture is not wanted. The same number gives the same pictures.
+    // Starts the configured mode. A source that makes its pictures has one whenever its rate says.
+    virtual std::unique_ptr<FrameArrivals> start(EnabledStreams enabled, int framerate,
+                                                 Clock& clock);
+
+    // Fills the pictures of frame `number` (from 0), the one that arrived last, in the configured
+    // geometry: depth units, row by row, 0 where nothing is measured; RGB bytes. An empty span
+    // stands for a stream that is not enabled: its picture is not wanted. Made pictures are the
+    // same for the same number.
     virtual void render(std::uint64_t number, std::span<std::uint16_t> depth,
                         std::span<std::uint8_t> color) = 0;
 

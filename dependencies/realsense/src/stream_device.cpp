@@ -5,12 +5,11 @@
 
 #include <algorithm>
 #include <chrono>
+#include <sstream>
 #include <stdexcept>
 
 namespace camera {
 namespace {
-
-constexpr std::chrono::seconds longestWait{5};
 
 std::size_t pixelCount(const rs_intrinsics& image) {
     return static_cast<std::size_t>(image.width) * static_cast<std::size_t>(image.height);
@@ -37,21 +36,22 @@ void requireFormat(rs_stream stream, rs_format wanted, rs_format delivered) {
 
 } // namespace
 
-StreamDevice::StreamDevice(std::unique_ptr<FrameSource> source, Clock& clock)
+StreamDevice::StreamDevice(std::unique_ptr<FrameSource> source, Clock& clock,
+                           std::chrono::milliseconds longestWait)
     : source_(std::move(source)), clock_(clock), name_(source_->name()), serial_(source_->serial()),
-      firmware_(source_->firmware()) {}
+      firmware_(source_->firmware()), longestWait_(longestWait) {}
 
-// Colour control comes first among the codes and belongs to every camera; then follow the options
-// of the F200 and SR300 family, which the pictures here are like.
 bool StreamDevice::supportsOption(rs_option option) const {
-    return option <= RS_OPTION_F200_DYNAMIC_FPS;
+    return source_->supportsOption(option);
 }
 
-// Pictures that are made need no tuning, so any value will do.
-void StreamDevice::setOption(rs_option option, double) {
-    if (!supportsOption(option)) {
-        throw std::runtime_error("this camera has no option " + nameOf(option));
-    }
+void StreamDevice::setOption(rs_option option, double value) {
+    source_->setOption(option, value);
+}
+
+const char* StreamDevice::takeNotices() {
+    notices_ = source_->takeNotices();
+    return notices_.c_str();
 }
 
 void StreamDevice::enable(rs_stream stream, int width, int height, rs_format format,
@@ -86,8 +86,9 @@ void StreamDevice::start(rs_source source) {
     if (colorRequest_) {
         color_.allocate(pixelCount(settled.color) * 3);
     }
+    arrivals_ = source_->start({depthRequest_.has_value(), colorRequest_.has_value()},
+                               settled.framerate, clock_);
     started_ = true;
-    pacer_.emplace(clock_, settled.framerate, source_->paced());
 }
 
 void StreamDevice::stop(rs_source source) {
@@ -95,7 +96,7 @@ void StreamDevice::stop(rs_source source) {
     if (!streaming()) {
         throw std::runtime_error("the camera is not streaming");
     }
-    pacer_.reset();
+    arrivals_.reset();
     forgetFrames();
 }
 
@@ -126,14 +127,16 @@ void StreamDevice::waitForFrames() {
     if (!streaming()) {
         return;
     }
-    const Clock::Time deadline = clock_.now() + longestWait;
-    while (const auto number = pacer_->next(deadline)) {
+    const Clock::Time deadline = clock_.now() + longestWait_;
+    while (const auto number = arrivals_->next(deadline)) {
         if (renderFrame(*number)) {
             return;
         }
     }
-    throw std::runtime_error("no frame came within " + std::to_string(longestWait.count()) +
-                             " seconds");
+    std::ostringstream text;
+    text << "no frame came within " << std::chrono::duration<double>(longestWait_).count()
+         << " seconds";
+    throw std::runtime_error(text.str());
 }
 
 const void* StreamDevice::frameData(rs_stream stream) {

@@ -5,10 +5,10 @@
 #include "alignment.h"
 #include "clock.h"
 #include "device.h"
-#include "frame_pacer.h"
 #include "frame_source.h"
 #include "picture_buffer.h"
 
+#include <chrono>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -19,7 +19,9 @@ namespace camera {
 
 class StreamDevice : public Device {
   public:
-    explicit StreamDevice(std::unique_ptr<FrameSource> source, Clock& clock = steadyClock());
+    // A wait fails when no frame comes for `longestWait`; programs know it as 5 seconds.
+    explicit StreamDevice(std::unique_ptr<FrameSource> source, Clock& clock = steadyClock(),
+                          std::chrono::milliseconds longestWait = std::chrono::seconds(5));
 
     const char* name() const override { return name_.c_str(); }
     const char* serial() const override { return serial_.c_str(); }
@@ -27,11 +29,12 @@ class StreamDevice : public Device {
 
     bool supportsOption(rs_option option) const override;
     void setOption(rs_option option, double value) override;
+    const char* takeNotices() override;
 
     void enable(rs_stream stream, int width, int height, rs_format format, int framerate) override;
     void start(rs_source source) override;
     void stop(rs_source source) override;
-    bool streaming() const override { return pacer_.has_value(); }
+    bool streaming() const override { return arrivals_ != nullptr; }
 
     rs_intrinsics intrinsics(rs_stream stream) override;
     float depthScale() const override;
@@ -67,14 +70,16 @@ class StreamDevice : public Device {
     std::string name_;
     std::string serial_;
     std::string firmware_;
+    std::chrono::milliseconds longestWait_;
+    std::string notices_;
 
     std::optional<Request> depthRequest_;
     std::optional<Request> colorRequest_;
     std::optional<CameraGeometry> geometry_; // settled since the last enable
     std::optional<Alignment> alignment_;     // of that geometry, once it is needed
 
-    bool started_ = false;            // at least once since the last enable
-    std::optional<FramePacer> pacer_; // while streaming
+    bool started_ = false;                    // at least once since the last enable
+    std::unique_ptr<FrameArrivals> arrivals_; // while streaming
     std::optional<std::uint64_t> current_;
     PictureBuffer<std::uint16_t> depth_;
     PictureBuffer<std::uint8_t> color_;

@@ -21,6 +21,11 @@ extern "C" {
  * says what is wrong and what is accepted. An existing context keeps its devices. */
 void rs_select_camera_source(const char* uri, rs_error** error);
 
+/* What the camera could not do as asked since the last call, one line each, for a log: an option
+ * that it does not have, say, where a program had better go on without it. "" when there is
+ * nothing. The text belongs to the device and is good until the next call. */
+const char* rs_take_device_notices(rs_device* device, rs_error** error);
+
 /* Where one simulated finger truly is. */
 typedef struct rs_scene_finger {
     int id;           /* the same finger keeps its number; from 0 */
