@@ -79,6 +79,36 @@ TEST(Alignment, MatchesItsDefinitionWithoutDistortion) {
     }
 }
 
+TEST(Alignment, MatchesItsDefinitionWhenTheColorLensDistorts) {
+    CameraGeometry geometry = smallGeometry();
+    geometry.color.model = RS_DISTORTION_MODIFIED_BROWN_CONRADY;
+    const float coefficients[5] = {0.12f, -0.07f, 0.03f, -0.02f, 0.04f};
+    std::copy(std::begin(coefficients), std::end(coefficients), geometry.color.coeffs);
+    for (std::uint32_t seed = 0; seed < 20; ++seed) {
+        expectLikeOracle(geometry, seed);
+    }
+}
+
+TEST(Alignment, BendsTheColorLensAsItsModelSays) {
+    CameraGeometry geometry = sameCameras(40, 30);
+    geometry.color.model = RS_DISTORTION_MODIFIED_BROWN_CONRADY;
+    const float coefficients[5] = {0.25f, 0, 0, 0.125f, 0};
+    std::copy(std::begin(coefficients), std::end(coefficients), geometry.color.coeffs);
+    std::vector<std::uint16_t> depth(40 * 30);
+    depth[1 * 40 + 12] = 1000;
+    // One corner is the ray (0.95, -0.05): stretched by 1.22625 to (1.16494, -0.06131), then
+    // shifted by (0.45240, -0.01786), which is position (18.17, 0.21). The other, (1.05, 0.05),
+    // comes to (1.92713, 0.08519), position (21.27, 1.85).
+    const auto aligned = depthAligned(geometry, depth);
+    for (int row = 0; row < 30; ++row) {
+        for (int column = 0; column < 40; ++column) {
+            const bool covered = row <= 2 && column >= 18 && column <= 21;
+            EXPECT_EQ(aligned[static_cast<std::size_t>(row * 40 + column)], covered ? 1000 : 0)
+                << column << " " << row;
+        }
+    }
+}
+
 TEST(Alignment, MatchesItsDefinitionWhenColorIsCoarserThanDepth) {
     CameraGeometry geometry = smallGeometry();
     geometry.depth.width = 64;
@@ -171,8 +201,13 @@ TEST(Alignment, FollowsOnlyLensModelsThatItCanInvert) {
     CameraGeometry geometry = sameCameras(5, 3);
     geometry.color.coeffs[0] = 0.1f;
     EXPECT_NO_THROW(Alignment{geometry}) << "no model, no distortion";
+    for (const auto model : {RS_DISTORTION_INVERSE_BROWN_CONRADY, RS_DISTORTION_FTHETA}) {
+        geometry.color.model = model;
+        EXPECT_THROW(Alignment{geometry}, std::runtime_error);
+    }
+    geometry.color.model = RS_DISTORTION_MODIFIED_BROWN_CONRADY;
+    EXPECT_NO_THROW(Alignment{geometry});
     geometry.color.model = RS_DISTORTION_INVERSE_BROWN_CONRADY;
-    EXPECT_THROW(Alignment{geometry}, std::runtime_error);
     geometry.color.coeffs[0] = 0.0f;
     EXPECT_NO_THROW(Alignment{geometry}) << "coefficients of zero distort nothing";
     geometry.depth.coeffs[4] = 0.1f;

@@ -27,8 +27,10 @@ bool pixelInside(float position, int count, int& pixel) {
 } // namespace
 
 Alignment::Alignment(const CameraGeometry& geometry) : geometry_(geometry) {
-    if (!isPinhole(geometry.color)) {
-        throw std::runtime_error("aligned streams need a colour camera without lens distortion");
+    if (!isPinhole(geometry.color) &&
+        geometry.color.model != RS_DISTORTION_MODIFIED_BROWN_CONRADY) {
+        throw std::runtime_error("aligned streams need a colour camera without lens distortion or "
+                                 "with the modified Brown-Conrady model");
     }
     if (!isPinhole(geometry.depth) && geometry.depth.model != RS_DISTORTION_INVERSE_BROWN_CONRADY) {
         throw std::runtime_error("aligned streams need a depth camera without lens distortion or "
@@ -124,8 +126,24 @@ bool Alignment::project(Ray ray, float distance, Pixel& pixel) const {
     const float movedY = r[1] * x + r[4] * y + r[7] * distance + t[1];
     const float movedZ = r[2] * x + r[5] * y + r[8] * distance + t[2];
     const rs_intrinsics& lens = geometry_.color;
-    return pixelInside(movedX / movedZ * lens.fx + lens.ppx, lens.width, pixel.x) &&
-           pixelInside(movedY / movedZ * lens.fy + lens.ppy, lens.height, pixel.y);
+    const Ray seen = distort({movedX / movedZ, movedY / movedZ});
+    return pixelInside(seen.x * lens.fx + lens.ppx, lens.width, pixel.x) &&
+           pixelInside(seen.y * lens.fy + lens.ppy, lens.height, pixel.y);
+}
+
+// The modified model shifts tangentially what is stretched radially already.
+Alignment::Ray Alignment::distort(Ray ray) const {
+    const rs_intrinsics& lens = geometry_.color;
+    if (lens.model != RS_DISTORTION_MODIFIED_BROWN_CONRADY) {
+        return ray;
+    }
+    const float* const c = lens.coeffs;
+    const float r2 = ray.x * ray.x + ray.y * ray.y;
+    const float radial = 1 + c[0] * r2 + c[1] * r2 * r2 + c[4] * r2 * r2 * r2;
+    const float x = ray.x * radial;
+    const float y = ray.y * radial;
+    return {x + 2 * c[2] * x * y + c[3] * (r2 + 2 * x * x),
+            y + 2 * c[3] * x * y + c[2] * (r2 + 2 * y * y)};
 }
 
 } // namespace camera

@@ -15,7 +15,7 @@ namespace camera {
 class Alignment {
   public:
     // Throws std::runtime_error for lens models that cannot be followed: the depth camera may
-    // have inverse Brown-Conrady distortion, the colour camera none.
+    // have inverse Brown-Conrady distortion, the colour camera the modified one.
     explicit Alignment(const CameraGeometry& geometry);
 
     // Colour (RGB bytes) at each depth pixel, black where nothing is measured. `aligned` has the
@@ -38,6 +38,7 @@ class Alignment {
 
     Ray deproject(float column, float row) const;
     bool project(Ray ray, float distance, Pixel& pixel) const;
+    Ray distort(Ray ray) const;
     template <class Visit>
     void forEachPatch(std::span<const std::uint16_t> depth, Visit&& visit) const;
 

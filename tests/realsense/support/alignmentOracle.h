@@ -59,8 +59,22 @@ class AlignmentOracle {
             q[row] =
                 r[0] * p[0] + r[3] * p[1] + r[6] * p[2] + cameras.depthToColor.translation[row];
         }
-        const float column = q[0] / q[2] * cameras.color.fx + cameras.color.ppx + 0.5f;
-        const float line = q[1] / q[2] * cameras.color.fy + cameras.color.ppy + 0.5f;
+        float u2 = q[0] / q[2];
+        float v2 = q[1] / q[2];
+        const rs_intrinsics& seen = cameras.color;
+        if (seen.model == RS_DISTORTION_MODIFIED_BROWN_CONRADY) {
+            const float r2 = u2 * u2 + v2 * v2;
+            const float f =
+                1 + seen.coeffs[0] * r2 + seen.coeffs[1] * r2 * r2 + seen.coeffs[4] * r2 * r2 * r2;
+            u2 *= f;
+            v2 *= f;
+            const float shiftX = 2 * seen.coeffs[2] * u2 * v2 + seen.coeffs[3] * (r2 + 2 * u2 * u2);
+            const float shiftY = 2 * seen.coeffs[3] * u2 * v2 + seen.coeffs[2] * (r2 + 2 * v2 * v2);
+            u2 += shiftX;
+            v2 += shiftY;
+        }
+        const float column = u2 * cameras.color.fx + cameras.color.ppx + 0.5f;
+        const float line = v2 * cameras.color.fy + cameras.color.ppy + 0.5f;
         if (!(column > -1e6f && column < 1e6f && line > -1e6f && line < 1e6f)) {
             return std::nullopt;
         }
