@@ -68,7 +68,8 @@ TEST(SourceUri, NamesTheSourcesThatThereAre) {
     for (const char* uri : {"", "webcam", "Images:x", "webcam:x=1"}) {
         const std::string scheme = parseSourceUri(uri).scheme();
         EXPECT_EQ(messageOf([&] { camera::makeSource(uri); }),
-                  "unknown camera source \"" + scheme + "\"; accepted: simulated, images:DIR");
+                  "unknown camera source \"" + scheme +
+                      "\"; accepted: simulated, images:DIR, realsense, realsense:SERIAL, bag:FILE");
     }
 }
 
@@ -169,5 +170,18 @@ TEST(SourceOptions, RefusePositionalTextWhereThereIsNoUseForIt) {
     EXPECT_EQ(messageOf([] { SourceOptions("test", "3", {}).acceptNoPositional(); }),
               "camera source \"test\" takes key=value pairs only, \"3\" is none");
 }
+
+#if !QVR_WITH_REALSENSE2
+TEST(SourceUri, SaysHowToGetTheSdkThatTheBuildIsWithout) {
+    for (const std::string scheme : {"realsense", "bag"}) {
+        const std::string uri = scheme + ":12";
+        EXPECT_EQ(messageOf([&] { camera::makeSource(uri); }),
+                  "camera source \"" + scheme +
+                      "\" needs RealSense SDK 2, which this build is without. Install librealsense "
+                      "2.13 or newer with its headers (or let ./dev sdk build one) and configure "
+                      "anew with -DQVR_REALSENSE2=ON -DCMAKE_PREFIX_PATH=where it is");
+    }
+}
+#endif
 
 } // namespace

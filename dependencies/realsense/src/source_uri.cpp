@@ -1,6 +1,7 @@
 #include "source_uri.h"
 
 #include "images/image_folder_source.h"
+#include "sdk/sources.h"
 #include "simulated/simulated_source.h"
 #include "stream_device.h"
 
@@ -70,8 +71,15 @@ SourceOpener sourceOpener(const std::string& uri) {
     if (options.scheme() == "images") {
         return [options] { return std::make_unique<ImageFolderSource>(options); };
     }
-    throw std::runtime_error("unknown camera source \"" + options.scheme() +
-                             "\"; accepted: simulated, images:DIR");
+    if (options.scheme() == "realsense") {
+        return [options] { return openRealsense(options); };
+    }
+    if (options.scheme() == "bag") {
+        return [options] { return openBag(options); };
+    }
+    throw std::runtime_error(
+        "unknown camera source \"" + options.scheme() +
+        "\"; accepted: simulated, images:DIR, realsense, realsense:SERIAL, bag:FILE");
 }
 
 std::unique_ptr<FrameSource> makeSource(const std::string& uri) {
@@ -79,10 +87,18 @@ std::unique_ptr<FrameSource> makeSource(const std::string& uri) {
 }
 
 std::vector<std::unique_ptr<Device>> defaultDevices() {
-    std::vector<std::unique_ptr<Device>> devices;
+    std::vector<std::unique_ptr<FrameSource>> sources;
     const char* const uri = std::getenv("QVR_CAMERA");
     if (uri && *uri) {
-        devices.push_back(std::make_unique<StreamDevice>(makeSource(uri)));
+        sources.push_back(makeSource(uri));
+    } else {
+        sources = connectedSources();
+    }
+    std::vector<std::unique_ptr<Device>> devices;
+    for (auto& source : sources) {
+        if (source) {
+            devices.push_back(std::make_unique<StreamDevice>(std::move(source)));
+        }
     }
     return devices;
 }

@@ -24,8 +24,8 @@ SourceOpener sourceOpener(const std::string& uri);
 std::unique_ptr<FrameSource> makeSource(const std::string& uri);
 
 // What a context enumerates when the program has chosen nothing: the source in the environment
-// variable QVR_CAMERA, else real cameras. None of those can be reached without a camera driver
-// library, so that there is no device then.
+// variable QVR_CAMERA, else every camera that is plugged in. Without RealSense SDK 2 none can be
+// reached, so that there is no device then.
 std::vector<std::unique_ptr<Device>> defaultDevices();
 
 } // namespace camera

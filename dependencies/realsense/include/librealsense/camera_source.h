@@ -16,6 +16,8 @@ extern "C" {
  *   "simulated" or "simulated:key=value,..."  a synthetic scene with known truth
  *   "images:DIR" or "images:DIR,key=value,..." a recording, or a folder of 16-bit PNG depth
  *                                             images
+ *   "realsense" or "realsense:SERIAL"          a camera of RealSense SDK 2, when built with it
+ *   "bag:FILE" or "bag:FILE,loop=off,pace=off" a recording of that SDK
  * Null or "" returns to the default: the environment variable QVR_CAMERA, else real hardware.
  * Fails on an unknown source, key or value, and on a folder without usable images; the message
  * says what is wrong and what is accepted. An existing context keeps its devices. */
