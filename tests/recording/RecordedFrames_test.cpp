@@ -71,7 +71,7 @@ TEST_F(RecordedFramesTest, AreReadOneAfterTheOther) {
         const auto frame = frames.next();
         ASSERT_TRUE(frame);
         EXPECT_EQ(frame->number, number);
-        EXPECT_EQ(frame->touches[3].z, 2.5);
+        EXPECT_EQ(double{frame->touches[3].z}, 2.5);
     }
     EXPECT_FALSE(frames.next());
     EXPECT_FALSE(frames.next());

@@ -89,11 +89,11 @@ TEST(FrameLine, BringsEveryNumberBackBitForBit) {
         const auto read = frameOf(lineOf(frame, 0));
         ASSERT_TRUE(read) << number;
         EXPECT_EQ(bits(read->touches[2].x), bits(number)) << number;
-        EXPECT_EQ(read->touches[2].y, 1.0 / 3.0);
+        EXPECT_EQ(double{read->touches[2].y}, 1.0 / 3.0);
         EXPECT_EQ(read->tracked[2].x, frame.tracked[2].x);
-        EXPECT_EQ(read->touches[2].active, 1);
-        EXPECT_EQ(read->touches[3].active, 0);
-        EXPECT_EQ(read->touches[3].x, -1.0);
+        EXPECT_EQ(int{read->touches[2].active}, 1);
+        EXPECT_EQ(int{read->touches[3].active}, 0);
+        EXPECT_EQ(double{read->touches[3].x}, -1.0);
     }
 }
 
