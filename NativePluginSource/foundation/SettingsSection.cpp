@@ -18,8 +18,6 @@ std::string quoted(const std::string& text) {
 
 std::string describe(const json11::Json& value) {
     switch (value.type()) {
-    case json11::Json::NUL:
-        return "null";
     case json11::Json::NUMBER:
         return SettingsSection::textOf(value.number_value());
     case json11::Json::BOOL:
@@ -30,8 +28,10 @@ std::string describe(const json11::Json& value) {
         return "a list";
     case json11::Json::OBJECT:
         return "an object";
+    case json11::Json::NUL:
+        break;
     }
-    return "";
+    return "null";
 }
 
 } // namespace

@@ -496,10 +496,14 @@ TEST_F(SettingsCheck, TellsAMissingMapAndAMisspeltOne) {
 }
 
 TEST_F(SettingsCheck, TellsAFlatProjectionBox) {
-    folder.write(map, Document(map).set({"map0", "Ymin"}, 5).set({"map0", "Ymax"}, 5).text());
-    EXPECT_THAT(findings(Role::server),
-                ElementsAre(map + ": map0.Ymin: found 5 for Ymax, too, using the lower side of "
-                                  "the map for every position"));
+    for (const std::string axis : {"X", "Y", "Z"}) {
+        folder.write(
+            map,
+            Document(map).set({"map0", axis + "min"}, 5).set({"map0", axis + "max"}, 5).text());
+        EXPECT_THAT(findings(Role::server),
+                    ElementsAre(map + ": map0." + axis + "min: found 5 for " + axis +
+                                "max, too, using the lower side of the map for every position"));
+    }
 }
 
 // --- manners ---

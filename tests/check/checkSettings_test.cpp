@@ -66,3 +66,9 @@ TEST(CheckSettings, KeepsExceptionsOfTheHostAwayFromTheHost) {
                 ElementsAre("ERROR: checkSettings() failed: no paper",
                             "ERROR: checkSettings() failed: unknown exception"));
 }
+
+TEST(CheckSettings, SurvivesALogThatThrows) {
+    QVR::Logger::RegisterDebugCallback([](const char*) { throw 7; });
+    EXPECT_EQ(checkSettings(nullptr, false, &collect), -1);
+    QVR::Logger::RegisterDebugCallback(nullptr);
+}
