@@ -37,6 +37,9 @@ if(QVR_WERROR)
     target_compile_options(qvr_flags INTERFACE -Werror)
 endif()
 
+if(QVR_COVERAGE)
+    add_link_options(--coverage)
+endif()
 if(QVR_SANITIZE)
     add_compile_options(-fsanitize=${QVR_SANITIZE} -fno-sanitize-recover=all
         -fno-omit-frame-pointer)
