@@ -27,9 +27,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     static const support::TemporaryVolume volume;
     fuzzing::swallowMessages();
     const std::string document(reinterpret_cast<const char*>(data), size);
-    for (const char* file : {"QVR_calibration/touch_client.json", "QVR_calibration/touch.json",
-                             "QVR_calibration/touch_projectionMap.json",
-                             "touch_projectionMap.json"}) {
+    for (const char* file :
+         {"QVR_calibration/touch_client.json", "QVR_calibration/touch.json",
+          "QVR_calibration/touch_projectionMap.json", "touch_projectionMap.json"}) {
         volume.write(file, document);
     }
     for (const bool asServer : {false, true}) {
