@@ -273,7 +273,7 @@ Json::object measure(const Setup& setup, bool busy, std::size_t frameCount) {
 } // namespace
 
 int main(int argc, char** argv) {
-    const int frameCount = argc > 1 ? std::atoi(argv[1]) : 600;
+    const long frameCount = argc > 1 ? std::strtol(argv[1], nullptr, 10) : 600;
     if (argc > 2 || frameCount < 100) {
         std::fprintf(stderr, "usage: qvr-latency [FRAMES], at least 100 (default 600)\n");
         return 2;

@@ -39,14 +39,17 @@ std::vector<double> CalibrationFit::terms(const Point3& measured) const {
     const double w = centered(measured[2], volume_.nearest, volume_.farthest);
     std::vector<double> result;
     double forU = 1.0;
-    for (int a = 0; a <= degree; ++a, forU *= u) {
+    for (int a = 0; a <= degree; ++a) {
         double forV = forU;
-        for (int b = 0; a + b <= degree; ++b, forV *= v) {
+        for (int b = 0; a + b <= degree; ++b) {
             double forW = forV;
-            for (int c = 0; a + b + c <= degree; ++c, forW *= w) {
+            for (int c = 0; a + b + c <= degree; ++c) {
                 result.push_back(forW);
+                forW *= w;
             }
+            forV *= v;
         }
+        forU *= u;
     }
     return result;
 }

@@ -153,7 +153,7 @@ bool CameraLoop::pause(const Broadcaster& broadcaster, std::chrono::nanoseconds 
     const Clock::time_point end = Clock::now() + duration;
     while (!finished(broadcaster)) {
         const std::chrono::nanoseconds left = end - Clock::now();
-        if (left <= 0ns)
+        if (left <= std::chrono::nanoseconds::zero())
             return true;
         stop_.waitFor(std::min<std::chrono::nanoseconds>(left, 50ms));
     }
