@@ -15,8 +15,8 @@ constexpr std::size_t mostBuffers = 64;
 } // namespace
 
 Recorder::Recorder(std::size_t depthPixels, std::size_t colorBytes, std::size_t buffers,
-                   Write write, Failed failed)
-    : write_(std::move(write)), failed_(std::move(failed)), ring_(buffers) {
+                   std::uint64_t every, Write write, Failed failed)
+    : write_(std::move(write)), failed_(std::move(failed)), ring_(buffers), every_(every) {
     for (Buffer& buffer : ring_) {
         buffer.depth.resize(depthPixels);
         buffer.color.resize(colorBytes);
@@ -38,9 +38,13 @@ void Recorder::offer(const FrameInfo& frame, const PictureView& pictures, const 
     if (broken_ || finished_) {
         return;
     }
+    if (offered_++ % every_ != 0) {
+        ++missing_;
+        return;
+    }
     if (filled_ == ring_.size()) {
-        ++droppedBefore_;
-        ++droppedInAll_;
+        ++missing_;
+        ++dropped_;
         return;
     }
     Buffer& buffer = ring_[(first_ + filled_) % ring_.size()];
@@ -49,11 +53,11 @@ void Recorder::offer(const FrameInfo& frame, const PictureView& pictures, const 
     buffer.depth.assign(pictures.depth.begin(), pictures.depth.end());
     buffer.color.assign(pictures.color.begin(), pictures.color.end());
     buffer.frame = frame;
-    buffer.frame.dropped += droppedBefore_;
-    if (droppedBefore_ != 0) {
+    buffer.frame.dropped = missing_;
+    if (missing_ != 0) {
         buffer.frame.tracking = before;
     }
-    droppedBefore_ = 0;
+    missing_ = 0;
     lock.lock();
     ++filled_;
     changed_.notify_one();
@@ -77,7 +81,7 @@ std::uint64_t Recorder::written() const {
 
 std::uint64_t Recorder::dropped() const {
     const std::lock_guard lock(mutex_);
-    return droppedInAll_;
+    return dropped_;
 }
 
 bool Recorder::failed() const {

@@ -74,7 +74,8 @@ std::string frames(std::uint64_t count) {
 
 } // namespace
 
-CameraRecording::CameraRecording(const std::string& folder) : folder_(freshFolder(folder)) {}
+CameraRecording::CameraRecording(const std::string& folder, std::uint64_t every)
+    : folder_(freshFolder(folder)), every_(every) {}
 
 CameraRecording::~CameraRecording() {
     finish();
@@ -111,7 +112,7 @@ void CameraRecording::begin(const recording::Description& description) {
     const std::size_t depth = pixels(description_.depth);
     const std::size_t color = pixels(description_.color) * 3;
     recorder_.emplace(
-        depth, color, recording::Recorder::bufferCount(depth, color),
+        depth, color, recording::Recorder::bufferCount(depth, color), every_,
         [this](const recording::FrameInfo& frame, const recording::PictureView& pictures) {
             folder_.write(frame, pictures);
         },

@@ -18,7 +18,8 @@ struct Options;
 class CameraRecording {
   public:
     // Throws ServerError (exitBadOption) when the folder cannot be had or is not empty.
-    explicit CameraRecording(const std::string& folder);
+    // One in `every` frames is kept.
+    CameraRecording(const std::string& folder, std::uint64_t every);
     // As finish().
     ~CameraRecording();
     CameraRecording(const CameraRecording&) = delete;
@@ -45,6 +46,7 @@ class CameraRecording {
     void reportDropped();
 
     recording::RecordingFolder folder_;
+    std::uint64_t every_;
     recording::Description description_;
     Settings settings_;
     std::optional<recording::Recorder> recorder_;

@@ -168,6 +168,11 @@ std::optional<Options> parseOptions(int argc, const char* const* argv) {
                    "Record the camera's pictures and the touches to the new folder DIR; play it "
                    "with --camera images:DIR, check it with qvr-replay")
         ->type_name("DIR");
+    app.add_option("--record-every", options.recordEvery,
+                   "Record the first and then every Nth frame only (default: 1)")
+        ->type_name("N")
+        ->check(between(1.0, 1e6, "a number of frames from 1 to 1000000"))
+        ->needs("--record");
     app.add_option("--client-timeout", clientTimeout,
                    "Drop a client that takes nothing for so long (default: 10)")
         ->type_name("SECONDS")

@@ -30,6 +30,7 @@ struct Options {
     bool verbose = false;
     std::optional<std::string> touchLog;
     std::optional<std::string> record; // folder
+    std::uint64_t recordEvery = 1;     // one in so many frames
     std::chrono::milliseconds clientTimeout{10000};
     std::size_t maxClients = 16;
     std::optional<std::string> check; // explain the settings in this folder, and serve nothing

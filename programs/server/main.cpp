@@ -86,7 +86,7 @@ void serve(const Options& options) {
         touchLog.emplace(*options.touchLog);
     std::optional<CameraRecording> recording;
     if (options.record)
-        recording.emplace(*options.record);
+        recording.emplace(*options.record, options.recordEvery);
 
     // The thread is ended first, then what it works on.
     StopRequest stop;

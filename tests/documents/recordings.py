@@ -25,11 +25,11 @@ frame_schema = validator("recording_frame")
 
 
 def recorded(folder):
-    """A short recording, from a camera too fast for it, so that frames are missing as well."""
+    """A short recording in which frames are missing as well."""
     environment = {**os.environ, "QVR_VOLUMES": str(root / "docs" / "examples" / "simulated")}
     subprocess.run(
         [server, "--camera", "simulated:pace=off,scene=tapping", "--port", "0",
-         "--frames", "400", "--record", str(folder)],
+         "--frames", "90", "--record", str(folder), "--record-every", "3"],
         env=environment, check=True, capture_output=True, timeout=100)
     description = json.loads((folder / "recording.json").read_text())
     return description, [json.loads(line) for line in (folder / "frames.jsonl").open()]

@@ -64,8 +64,8 @@ constexpr std::size_t buffers = 4;
 
 class RecorderTest : public testing::Test {
   protected:
-    RecorderTest()
-        : recorder(pixels, pixels * 3, buffers, disk.write(),
+    explicit RecorderTest(std::uint64_t every = 1)
+        : recorder(pixels, pixels * 3, buffers, every, disk.write(),
                    [this](const std::string& why) { complaints.push_back(why); }) {}
     // Whatever a test left waiting.
     ~RecorderTest() override { disk.open(); }
@@ -85,6 +85,11 @@ class RecorderTest : public testing::Test {
     std::vector<std::uint16_t> depth;
     std::vector<std::uint8_t> color;
     Recorder recorder;
+};
+
+class ThinningRecorderTest : public RecorderTest {
+  protected:
+    ThinningRecorderTest() : RecorderTest(3) {}
 };
 
 } // namespace
@@ -130,6 +135,40 @@ TEST_F(RecorderTest, LeavesFramesOutWhenTheDiskIsSlowAndSaysWhere) {
     EXPECT_EQ(disk.written[buffers].tracking->cutoff, 20);
     EXPECT_EQ(disk.written[buffers + 1].dropped, 0U);
     EXPECT_FALSE(disk.written[buffers + 1].tracking);
+}
+
+TEST_F(ThinningRecorderTest, TakesTheFirstFrameAndThenOneInSoMany) {
+    disk.open();
+    for (int number = 0; number < 8; ++number)
+        offer(number);
+    recorder.finish();
+    EXPECT_EQ(recorder.dropped(), 0U);
+    ASSERT_EQ(disk.written.size(), 3U);
+    EXPECT_EQ(disk.written[0].number, 0U);
+    EXPECT_EQ(disk.written[0].dropped, 0U);
+    EXPECT_FALSE(disk.written[0].tracking);
+    for (const std::size_t later : {1U, 2U}) {
+        EXPECT_EQ(disk.written[later].number, 3 * later);
+        EXPECT_EQ(disk.written[later].dropped, 2U);
+        ASSERT_TRUE(disk.written[later].tracking);
+        EXPECT_EQ(disk.written[later].tracking->cutoff, 3 * later);
+    }
+}
+
+TEST_F(ThinningRecorderTest, CountsAsDroppedOnlyWhatWasWanted) {
+    offer(0);
+    disk.waitUntilBusy();
+    for (std::size_t number = 1; number < 3 * buffers + 6; ++number)
+        offer(static_cast<int>(number));
+    EXPECT_EQ(recorder.dropped(), 2U);
+    disk.open();
+    while (recorder.written() < buffers)
+        std::this_thread::yield();
+    offer(18);
+    recorder.finish();
+    ASSERT_EQ(disk.written.size(), buffers + 1);
+    EXPECT_EQ(disk.written[buffers].number, 18U);
+    EXPECT_EQ(disk.written[buffers].dropped, 8U);
 }
 
 TEST_F(RecorderTest, TakesFramesWithoutAllocatingAndWithoutWaitingForTheDisk) {

@@ -52,6 +52,7 @@ TEST(Options, HaveDefaultsThatKeepPicturesOnThisMachine) {
     EXPECT_FALSE(options.verbose);
     EXPECT_FALSE(options.touchLog);
     EXPECT_FALSE(options.record);
+    EXPECT_EQ(options.recordEvery, 1U);
     EXPECT_FALSE(options.check);
     EXPECT_EQ(options.clientTimeout, std::chrono::seconds(10));
     EXPECT_EQ(options.maxClients, 16U);
@@ -88,6 +89,8 @@ TEST(Options, TakeEveryOption) {
                                    "log.jsonl",
                                    "--record",
                                    "recording",
+                                   "--record-every",
+                                   "5",
                                    "--client-timeout",
                                    "0.25",
                                    "--max-clients",
@@ -108,6 +111,7 @@ TEST(Options, TakeEveryOption) {
     EXPECT_TRUE(options.verbose);
     EXPECT_EQ(options.touchLog, "log.jsonl");
     EXPECT_EQ(options.record, "recording");
+    EXPECT_EQ(options.recordEvery, 5U);
     EXPECT_EQ(options.clientTimeout, std::chrono::milliseconds(250));
     EXPECT_EQ(options.maxClients, 3U);
 }
@@ -133,6 +137,8 @@ TEST(Options, NameTheBadOne) {
     EXPECT_THAT(problem({"--stats", "0"}), HasSubstr("--stats"));
     EXPECT_THAT(problem({"--stats", "nan"}), HasSubstr("--stats"));
     EXPECT_THAT(problem({"--client-timeout", "-2"}), HasSubstr("--client-timeout"));
+    EXPECT_THAT(problem({"--record", "x", "--record-every", "0"}), HasSubstr("--record-every"));
+    EXPECT_THAT(problem({"--record-every", "2"}), HasSubstr("--record-every requires --record"));
     EXPECT_THAT(problem({"--max-clients", "0"}), HasSubstr("--max-clients"));
     EXPECT_THAT(problem({"--camera"}), HasSubstr("--camera"));
     EXPECT_THAT(problem({"--color=maybe"}), HasSubstr("color"));
@@ -164,12 +170,27 @@ TEST(Options, OpenTheServerToOthersOnlyWithAWordOnWhoTheyAre) {
 
 TEST(Options, HelpListsEveryOptionAndExitCode) {
     const std::string help = output("--help");
-    for (const char* option :
-         {"--camera URI", "--port N", "--bind ADDR", "--allow ADDR[/PREFIX]", "--keep-running",
-          "--color,--no-color ", "--depth,--no-depth ", "--processed,--no-processed ",
-          "--touch,--no-touch ", "--raw-touches", "--frames N", "--stats SECONDS", "--verbose",
-          "--touch-log FILE", "--client-timeout SECONDS", "--max-clients N", "--check DIR",
-          "--help", "--version"})
+    for (const char* option : {"--camera URI",
+                               "--port N",
+                               "--bind ADDR",
+                               "--allow ADDR[/PREFIX]",
+                               "--keep-running",
+                               "--color,--no-color ",
+                               "--depth,--no-depth ",
+                               "--processed,--no-processed ",
+                               "--touch,--no-touch ",
+                               "--raw-touches",
+                               "--frames N",
+                               "--stats SECONDS",
+                               "--verbose",
+                               "--touch-log FILE",
+                               "--record DIR",
+                               "--record-every N",
+                               "--client-timeout SECONDS",
+                               "--max-clients N",
+                               "--check DIR",
+                               "--help",
+                               "--version"})
         EXPECT_THAT(help, HasSubstr(option));
     for (const char* code : {"\n  0  ", "\n  2  ", "\n  3  ", "\n  4  ", "\n  5  ", "\n  6  "})
         EXPECT_THAT(help, HasSubstr(code));
