@@ -80,6 +80,15 @@ void Broadcaster::publish(FrameRef frame) {
                }));
 }
 
+void Broadcaster::continueFrame() {
+    if (continues_.exchange(true))
+        return;
+    asio::post(context_, KeptHandler(continuation_, [this] {
+                   continues_ = false;
+                   pump();
+               }));
+}
+
 void Broadcaster::cameraLost(Clock::time_point lastGood) {
     asio::post(context_, [this, lastGood] {
         loseCamera(lastGood);
@@ -207,10 +216,14 @@ void Broadcaster::remove(const std::shared_ptr<Connection>& connection) {
 
 void Broadcaster::distribute() {
     ++feed_.sequence;
-    for (const auto& connection : connections_)
-        connection->pump();
+    pump();
     keepFramesFree();
     count();
+}
+
+void Broadcaster::pump() {
+    for (const auto& connection : connections_)
+        connection->pump();
 }
 
 // The frame that laggards hold longest goes first; they keep their rest of it themselves.
@@ -255,6 +268,15 @@ void Broadcaster::scheduleTick() {
 
 void Broadcaster::tick() {
     const Clock::time_point now = Clock::now();
+    // A camera's thread in the middle of a frame is alive, and nothing may follow half a frame.
+    if (!feed_.frame || feed_.frame->whole())
+        lookAfterCamera(now);
+    dropStalled(now);
+    count();
+    scheduleTick();
+}
+
+void Broadcaster::lookAfterCamera(Clock::time_point now) {
     const auto silence = cameraSilence(settings_.cameraTimeout, framePeriod_);
     if (now - lastFrame_ > silence)
         loseCamera(lastFrame_);
@@ -264,9 +286,6 @@ void Broadcaster::tick() {
         nextIdleFrame_ = std::max(nextIdleFrame_ + framePeriod_, now);
         sendIdleFrame();
     }
-    dropStalled(now);
-    count();
-    scheduleTick();
 }
 
 void Broadcaster::dropStalled(Clock::time_point now) {

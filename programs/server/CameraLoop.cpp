@@ -13,6 +13,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <exception>
+#include <functional>
 #include <span>
 #include <utility>
 
@@ -92,9 +93,17 @@ void CameraLoop::publish(Broadcaster& broadcaster, const QVR::networkFrameData& 
     }
     const std::span<const std::byte> previous =
         previous_ ? std::as_const(*previous_).bytes() : std::span<const std::byte>();
-    layout_.compose(parts, previous, frame->bytes());
-    previous_ = frame;
-    broadcaster.publish(std::move(frame));
+    frame->setReady(0);
+    bool published = false;
+    const auto send = [&](std::size_t bytes) {
+        frame->setReady(bytes);
+        if (std::exchange(published, true))
+            broadcaster.continueFrame();
+        else
+            broadcaster.publish(frame);
+    };
+    layout_.compose(parts, previous, frame->bytes(), std::ref(send)); // a copy would be allocated
+    previous_ = std::move(frame);
 }
 
 double CameraLoop::secondsOfFrame() const {

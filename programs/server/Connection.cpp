@@ -33,7 +33,7 @@ std::string describe(const Connection::Socket& socket) {
 // line busy. Best effort: without it frames are older, not wrong.
 void limitSendQueue(Connection::Socket& socket, std::size_t frameBytes) {
     constexpr std::size_t smallest = 4096;
-    constexpr std::size_t largest = 256 * 1024;
+    constexpr std::size_t largest = 128 * 1024;
     const int unsent = static_cast<int>(std::clamp(frameBytes / 4, smallest, largest));
     ::setsockopt(socket.native_handle(), IPPROTO_TCP, TCP_NOTSENT_LOWAT, &unsent, sizeof unsent);
 }
@@ -68,9 +68,11 @@ void Connection::pump() {
     while (!closed_ && !waiting_) {
         if (pending_.empty() && !takeNewest())
             return;
+        const std::size_t ready = readyBytes();
+        if (ready == 0)
+            return;
         error_code error;
-        const std::size_t sent =
-            socket_.write_some(asio::buffer(pending_.data(), pending_.size()), error);
+        const std::size_t sent = socket_.write_some(asio::buffer(pending_.data(), ready), error);
         if (error == asio::error::would_block || error == asio::error::try_again) {
             waitUntilWritable();
             return;
@@ -96,6 +98,14 @@ bool Connection::takeNewest() {
     pending_ = std::as_const(*shared_).bytes();
     lastProgress_ = Clock::now();
     return true;
+}
+
+// How much of what is pending may be sent: a shared frame may not be written to its end yet.
+std::size_t Connection::readyBytes() const {
+    if (!shared_)
+        return pending_.size();
+    const std::size_t missing = frameBytes_ - shared_->ready();
+    return pending_.size() - std::min(missing, pending_.size());
 }
 
 // Frames that came and went since the one that was sent last; the newest may still be sent.

@@ -41,7 +41,8 @@ class Connection : public std::enable_shared_from_this<Connection> {
     // Sends `header`, then follows the feed.
     void start(const QVR::ProtocolHeader& header, std::size_t frameBytes);
 
-    // Sends as much as the socket takes now; to be called when the feed has a new frame.
+    // Sends as much as is ready and the socket takes now; to be called when the feed has a new
+    // frame or more of it.
     void pump();
 
     // The number of the shared frame that is still being sent, or 0 when there is none.
@@ -61,6 +62,7 @@ class Connection : public std::enable_shared_from_this<Connection> {
 
   private:
     bool takeNewest();
+    std::size_t readyBytes() const;
     std::uint64_t missedMeanwhile() const;
     void waitUntilWritable();
     void watchForClosing();

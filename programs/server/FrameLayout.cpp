@@ -1,11 +1,15 @@
 #include "FrameLayout.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 
 namespace server {
 
 namespace {
+
+// Large enough that telling of a block costs little beside copying it.
+constexpr std::size_t blockBytes = std::size_t{512} * 1024;
 
 // Wraps in 32 bits as every reader of the header computes it.
 std::size_t imageBytes(std::uint32_t width, std::uint32_t height, std::uint32_t channels,
@@ -23,16 +27,33 @@ FrameLayout::FrameLayout(const QVR::ProtocolHeader& header)
                             header.processedDepth)) {}
 
 void FrameLayout::compose(const QVR::networkFrameData& parts, std::span<const std::byte> previous,
-                          std::span<std::byte> frame) const {
+                          std::span<std::byte> frame, const Progress& progress) const {
     std::size_t offset = 0;
-    const auto place = [&](const void* part, std::size_t size) {
-        if (size != 0 && part != nullptr)
+    std::size_t told = 0;
+    const auto tell = [&] {
+        told = offset;
+        if (progress)
+            progress(offset);
+    };
+    const auto placeBlock = [&](const std::byte* part, std::size_t size) {
+        if (part != nullptr)
             std::memcpy(frame.data() + offset, part, size);
-        else if (size != 0 && !previous.empty())
+        else if (!previous.empty())
             std::memcpy(frame.data() + offset, previous.data() + offset, size);
-        else if (size != 0)
+        else
             std::memset(frame.data() + offset, 0, size);
         offset += size;
+    };
+    const auto place = [&](const void* part, std::size_t size) {
+        const auto* rest = static_cast<const std::byte*>(part);
+        while (size != 0) {
+            const std::size_t block = std::min(size, told + blockBytes - offset);
+            placeBlock(rest, block);
+            rest = rest == nullptr ? nullptr : rest + block;
+            size -= block;
+            if (offset == told + blockBytes && offset != frameBytes())
+                tell();
+        }
     };
     place(parts.touches, touches_);
     if (parts.touches == nullptr && previous.empty())
@@ -40,6 +61,7 @@ void FrameLayout::compose(const QVR::networkFrameData& parts, std::span<const st
     place(parts.color, color_);
     place(parts.depth, depth_);
     place(parts.processed, processed_);
+    tell();
 }
 
 void FrameLayout::clearTouches(std::span<std::byte> frame) const {

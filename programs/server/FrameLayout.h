@@ -4,6 +4,7 @@
 #include "serverClient/frameProtocol.h"
 
 #include <cstddef>
+#include <functional>
 #include <span>
 
 namespace server {
@@ -23,9 +24,11 @@ class FrameLayout {
 
     // Writes `parts` into `frame` (frameBytes() long) in one pass. A part that is announced but
     // null comes from `previous`, the frame before, or is blank when that is empty: images zero,
-    // touch records inactive. What `parts` points to must be as large as announced.
+    // touch records inactive. What `parts` points to must be as large as announced. `progress`
+    // learns how many bytes from the start are there: every so often, and at the end.
+    using Progress = std::function<void(std::size_t bytes)>;
     void compose(const QVR::networkFrameData& parts, std::span<const std::byte> previous,
-                 std::span<std::byte> frame) const;
+                 std::span<std::byte> frame, const Progress& progress = {}) const;
 
     // Makes every touch record of `frame` inactive.
     void clearTouches(std::span<std::byte> frame) const;

@@ -29,8 +29,10 @@ FrameRef FramePool::acquire() {
     for (const FrameRef& frame : frames_) {
         unsigned expected = poolOnly;
         if (frame->references_.compare_exchange_strong(
-                expected, poolOnly + 1, std::memory_order_acquire, std::memory_order_relaxed))
+                expected, poolOnly + 1, std::memory_order_acquire, std::memory_order_relaxed)) {
+            frame->setReady(frameBytes_);
             return {frame.get(), false};
+        }
     }
     return {};
 }

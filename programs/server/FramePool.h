@@ -11,16 +11,22 @@
 
 namespace server {
 
-// The bytes of one whole frame as they go over the wire. Written by the one who acquired it, and
-// by nobody once it is published.
+// The bytes of one whole frame as they go over the wire. Written by the one who acquired it. What
+// is ready of a frame that is published is written by nobody; the rest may still be, so that
+// clients get the start of a large frame while its end is being copied.
 class Frame {
   public:
-    explicit Frame(std::size_t size) : bytes_(size) {}
+    explicit Frame(std::size_t size) : bytes_(size), ready_(size) {}
     Frame(const Frame&) = delete;
     Frame& operator=(const Frame&) = delete;
 
     std::span<std::byte> bytes() { return bytes_; }
     std::span<const std::byte> bytes() const { return bytes_; }
+
+    // How many bytes from the start are ready; a frame that was just acquired is all ready.
+    std::size_t ready() const { return ready_.load(std::memory_order_acquire); }
+    bool whole() const { return ready() == bytes_.size(); }
+    void setReady(std::size_t bytes) { ready_.store(bytes, std::memory_order_release); }
 
   private:
     friend class FramePool;
@@ -28,6 +34,7 @@ class Frame {
     friend void intrusive_ptr_release(Frame* frame) noexcept;
 
     std::vector<std::byte> bytes_;
+    std::atomic<std::size_t> ready_;
     std::atomic<unsigned> references_{0};
 };
 

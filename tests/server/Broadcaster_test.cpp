@@ -55,6 +55,10 @@ void publishTouch(RunningBroadcaster& running, double x, unsigned short depth) {
     running.broadcaster.publish(std::move(frame));
 }
 
+void append(Bytes& to, const Bytes& more) {
+    to.insert(to.end(), more.begin(), more.end());
+}
+
 TouchFrame readTouch(RawClient& client) {
     const Bytes bytes = client.readFrame();
     TouchFrame frame;
@@ -257,6 +261,65 @@ TEST(Broadcaster, DropsAClientThatStopsReadingAndNoOther) {
     EXPECT_FALSE(running.broadcaster.counters().abandoned);
     EXPECT_THAT(running.reports(),
                 testing::ElementsAre(testing::EndsWith("has stopped reading and is dropped")));
+}
+
+TEST(Broadcaster, SendsOfAFrameWhatIsReadyAndThenTheRest) {
+    RunningBroadcaster running(patient());
+    const QVR::ProtocolHeader header = wordsHeader(1000);
+    running.announce(header);
+    RawClient early(running.port());
+    early.readHeader();
+    ASSERT_TRUE(running.hasClients(1));
+
+    const server::FrameRef frame = running.broadcaster.acquire();
+    support::fillWords(frame->bytes().data(), frame->bytes().size(), 5);
+    frame->setReady(3000);
+    running.broadcaster.publish(frame);
+    Bytes bytes = early.read(3000);
+    EXPECT_FALSE(early.readable(100));
+
+    RawClient late(running.port());
+    late.readHeader();
+    Bytes lateBytes = late.read(3000);
+    EXPECT_FALSE(late.readable(100));
+
+    frame->setReady(3001);
+    running.broadcaster.continueFrame();
+    append(bytes, early.read(1));
+    EXPECT_FALSE(early.readable(100));
+    frame->setReady(frame->bytes().size());
+    running.broadcaster.continueFrame();
+    append(bytes, early.read(early.frameBytes() - 3001));
+    append(lateBytes, late.read(late.frameBytes() - 3000));
+    EXPECT_EQ(numberOf(bytes), 5U);
+    EXPECT_EQ(numberOf(lateBytes), 5U);
+
+    ASSERT_TRUE(running.publish(6));
+    EXPECT_EQ(numberOf(early.readFrame()), 6U);
+    EXPECT_EQ(numberOf(late.readFrame()), 6U);
+}
+
+TEST(Broadcaster, PutsNothingBehindHalfAFrame) {
+    server::BroadcasterSettings settings = patient();
+    settings.cameraTimeout = 100ms;
+    RunningBroadcaster running(settings);
+    running.announce(wordsHeader(1000));
+    RawClient client(running.port());
+    client.readHeader();
+    ASSERT_TRUE(running.hasClients(1));
+    const server::FrameRef frame = running.broadcaster.acquire();
+    support::fillWords(frame->bytes().data(), frame->bytes().size(), 5);
+    frame->setReady(3000);
+    running.broadcaster.publish(frame);
+    Bytes bytes = client.read(3000);
+    EXPECT_FALSE(client.readable(400));
+    EXPECT_THAT(running.reports(), testing::IsEmpty());
+    frame->setReady(frame->bytes().size());
+    running.broadcaster.continueFrame();
+    append(bytes, client.read(client.frameBytes() - 3000));
+    EXPECT_EQ(numberOf(bytes), 5U);
+    // With the frame whole, its camera is silent like any other.
+    EXPECT_TRUE(client.readable(10000));
 }
 
 TEST(Broadcaster, KeepsAClientThatHasNothingToRead) {
