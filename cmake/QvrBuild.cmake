@@ -30,7 +30,7 @@ target_compile_options(qvr_flags INTERFACE
     -Wall -Wextra -Wpedantic -Wshadow -Wconversion
     $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor -Woverloaded-virtual>)
 # g++ 12 at -O3 warns of overlapping copies inside its own std::string operator+ (GCC bug 105651).
-target_compile_options(qvr_flags INTERFACE $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>)
+target_compile_options(qvr_flags INTERFACE $<$<COMPILE_LANG_AND_ID:CXX,GNU>:-Wno-restrict>)
 # Processors with fused multiply-add must not round other than those without.
 target_compile_options(qvr_flags INTERFACE -ffp-contract=off)
 if(QVR_WERROR)
