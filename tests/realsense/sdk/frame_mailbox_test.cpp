@@ -35,6 +35,7 @@ class FrameMailboxTest : public testing::Test {
               std::chrono::nanoseconds patience = patiently) {
         mailbox = std::make_shared<FrameMailbox>(enabled, patience, lossless);
         mailbox->open();
+        mailbox->holdUp();
         for (auto& sensor : sensors) {
             sensor.start([this](rs2::frame frame) { mailbox->put(std::move(frame)); });
         }
@@ -142,6 +143,27 @@ TEST_F(FrameMailboxTest, KeepsEveryFrameWhenLossless) {
         EXPECT_EQ(next(), Pair(number, number));
     }
     EXPECT_EQ(take(1min), Outcome::End);
+    feeder.get();
+}
+
+TEST_F(FrameMailboxTest, HoldsNobodyUpAndKeepsEveryFrameWhileTheDeviceStarts) {
+    open({true, true}, true);
+    mailbox->close();
+    mailbox = std::make_shared<FrameMailbox>(camera::EnabledStreams{true, true}, patiently, true);
+    mailbox->open();
+    for (std::uint64_t number = 0; number < 20; ++number) {
+        color(number);
+        depth(number);
+    }
+    mailbox->holdUp();
+    auto feeder = std::async(std::launch::async, [&] {
+        color(20);
+        depth(20);
+    });
+    EXPECT_EQ(feeder.wait_for(50ms), std::future_status::timeout);
+    for (int number = 0; number <= 20; ++number) {
+        EXPECT_EQ(next(), Pair(number, number));
+    }
     feeder.get();
 }
 

@@ -31,6 +31,11 @@ void FrameMailbox::open() {
     closed_ = false;
 }
 
+void FrameMailbox::holdUp() {
+    const std::lock_guard lock(mutex_);
+    holdsUp_ = true;
+}
+
 void FrameMailbox::put(rs2::frame frame) {
     const bool isDepth = frame.get_profile().stream_type() == RS2_STREAM_DEPTH;
     const bool leads = isDepth == enabled_.depth;
@@ -41,9 +46,10 @@ void FrameMailbox::put(rs2::frame frame) {
     auto& queue = leads ? leading_ : following_;
     queue.push_back(std::move(frame));
     arrived_.notify_one();
+    const bool awaited = lossless_ && !leading_.empty(); // by one that is still to be paired
     if (lossless_ && leads) {
-        taken_.wait(lock, [&] { return closed_ || leading_.size() <= leadingFrames; });
-    } else if (queue.size() > (leads ? leadingFrames : followingFrames)) {
+        taken_.wait(lock, [&] { return closed_ || !holdsUp_ || leading_.size() <= leadingFrames; });
+    } else if (queue.size() > (leads ? leadingFrames : followingFrames) && !awaited) {
         queue.pop_front();
     }
 }

@@ -30,6 +30,9 @@ class FrameMailbox {
 
     // Frames that came before are dropped.
     void open();
+    // From now on a lossless mailbox makes those wait who bring leading frames faster than they are
+    // taken. A device that is still starting would wait for them; until then all frames are kept.
+    void holdUp();
     // Any thread: a frame of either stream.
     void put(rs2::frame frame);
     // Any thread: no frame will come any more.
@@ -62,6 +65,7 @@ class FrameMailbox {
     std::deque<rs2::frame> following_;
     bool ended_ = false;
     bool closed_ = true;
+    bool holdsUp_ = false;
 
     // Only for the one who takes.
     rs2::frame leader_;

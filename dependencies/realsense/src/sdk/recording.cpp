@@ -58,8 +58,12 @@ void Recording::beforeStart(std::shared_ptr<FrameMailbox> mailbox) {
     player_.pause();
 }
 
-// Reading begins with the first sensor, so that the frames of the others would be lost at first.
+// Reading begins with the first sensor, so that the frames of the others would be lost at first. A
+// start reads once even while paused, at some time after the sensor has started; a pause waits
+// until that read has been told, so that it comes before the way back and takes no frame from
+// behind it.
 void Recording::rewind() {
+    player_.pause();
     player_.seek(std::chrono::nanoseconds(0));
 }
 

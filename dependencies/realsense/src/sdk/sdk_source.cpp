@@ -94,6 +94,7 @@ class Streaming {
             device.rewind();
             mailbox_->open();
             device.afterStart(enabled);
+            mailbox_->holdUp();
         } catch (...) {
             stop();
             throw;
