@@ -3,10 +3,10 @@
  *
  *     plugin_c_test PLUGIN
  */
-#include "client/plugin.h"
+#include "client/pluginFunctions.h"
+#include "client/pluginLibrary.h"
 
 #include <arpa/inet.h>
-#include <dlfcn.h>
 #include <netinet/in.h>
 #include <pthread.h>
 #include <stdint.h>
@@ -26,94 +26,7 @@ static int failures = 0;
         }                                                                                          \
     } while (0)
 
-/* The functions of the plug-in, by the names of the header and with its types. */
-struct Plugin {
-    void (*registerDebugCallback)(void (*callback)(const char*));
-    void (*printDebug)(bool on);
-    void (*init)(void);
-    void (*initClientWithCustomServer)(const char* ip, unsigned int port);
-    void (*shutDown)(void);
-    void (*setReceiveTimeout)(int milliseconds);
-    void (*setReconnectReadsHeader)(bool on);
-    int (*update)(void);
-    bool (*hasDepthCamera)(void);
-    int (*getDimX)(void);
-    int (*getDimY)(void);
-    int (*getColorDimX)(void);
-    int (*getColorDimY)(void);
-    int (*getTouchPoolSize)(void);
-    bool (*prepareTouchCollection)(void);
-    float (*getTouchData)(void);
-    bool (*setColorTexture)(unsigned char* buffer);
-    bool (*setDepthTexture)(unsigned char* buffer);
-    bool (*setProcessedTexture)(unsigned char* buffer);
-    bool (*updateColorTexture)(void);
-    bool (*updateDepthTexture)(void);
-    bool (*updateProcessedTexture)(void);
-    void (*applyCalibrationToCoord)(float x, float y, float z);
-    float (*getCalibratedX)(void);
-    float (*getCalibratedY)(void);
-    float (*getCalibratedZ)(void);
-    void (*setCalibration)(const char* json);
-    bool (*setProjectionMapping)(const char* json, int number);
-    bool (*loadProjectionMap)(int number);
-    int (*checkSettings)(const char* folder, bool asServer, void (*report)(const char* line));
-    void (*logInternalVariables)(void);
-    const char* (*getCameraInfo)(void);
-    void (*setTouchLerp)(float lerp);
-    void (*outputCalibratedTouches)(bool on);
-};
-
-static struct Plugin plugin;
-
-/* ISO C has no conversion from an object pointer to a function pointer; the bytes are the same. */
-static void find(void* library, const char* name, void* function, size_t size) {
-    void* symbol = dlsym(library, name);
-    if (symbol == NULL || size != sizeof symbol) {
-        fprintf(stderr, "no %s in the plug-in\n", name);
-        exit(EXIT_FAILURE);
-    }
-    memcpy(function, &symbol, size);
-}
-
-#define FIND(name) find(library, #name, &plugin.name, sizeof plugin.name)
-
-static void findAll(void* library) {
-    FIND(registerDebugCallback);
-    FIND(printDebug);
-    FIND(init);
-    FIND(initClientWithCustomServer);
-    FIND(shutDown);
-    FIND(setReceiveTimeout);
-    FIND(setReconnectReadsHeader);
-    FIND(update);
-    FIND(hasDepthCamera);
-    FIND(getDimX);
-    FIND(getDimY);
-    FIND(getColorDimX);
-    FIND(getColorDimY);
-    FIND(getTouchPoolSize);
-    FIND(prepareTouchCollection);
-    FIND(getTouchData);
-    FIND(setColorTexture);
-    FIND(setDepthTexture);
-    FIND(setProcessedTexture);
-    FIND(updateColorTexture);
-    FIND(updateDepthTexture);
-    FIND(updateProcessedTexture);
-    FIND(applyCalibrationToCoord);
-    FIND(getCalibratedX);
-    FIND(getCalibratedY);
-    FIND(getCalibratedZ);
-    FIND(setCalibration);
-    FIND(setProjectionMapping);
-    FIND(loadProjectionMap);
-    FIND(checkSettings);
-    FIND(logInternalVariables);
-    FIND(getCameraInfo);
-    FIND(setTouchLerp);
-    FIND(outputCalibratedTouches);
-}
+static struct PluginFunctions plugin;
 
 static char lastMessage[1024];
 static int messageCount = 0;
@@ -267,12 +180,11 @@ int main(int argc, char** argv) {
 
     /* No settings and no calibration of this machine. */
     setenv("QVR_VOLUMES", "/nonexistent", 1);
-    library = argc > 1 ? dlopen(argv[1], RTLD_NOW | RTLD_LOCAL) : NULL;
-    if (library == NULL) {
-        fprintf(stderr, "cannot load the plug-in: %s\n", argc > 1 ? dlerror() : "which?");
+    library = argc > 1 ? loadPlugin(argv[1]) : NULL;
+    if (library == NULL || !findPluginFunctions(&plugin, findInPlugin, library)) {
+        fprintf(stderr, "no plug-in to test\n");
         return EXIT_FAILURE;
     }
-    findAll(library);
 
     plugin.registerDebugCallback(keepMessage);
     plugin.printDebug(true);
@@ -298,7 +210,7 @@ int main(int argc, char** argv) {
     plugin.registerDebugCallback(NULL);
     CHECK(messageCount > 0);
 
-    dlclose(library);
+    unloadPlugin(library);
     if (failures == 0) {
         puts("the plug-in works through its C functions");
     }
