@@ -1,6 +1,6 @@
 #include "source_uri.h"
 
-#include "images/image_folder_source.h"
+#include "images/sources.h"
 #include "sdk/sources.h"
 #include "simulated/simulated_source.h"
 #include "stream_device.h"
@@ -69,7 +69,7 @@ SourceOpener sourceOpener(const std::string& uri) {
         return simulatedSourceOpener(options);
     }
     if (options.scheme() == "images") {
-        return [options] { return std::make_unique<ImageFolderSource>(options); };
+        return [options] { return openImages(options); };
     }
     if (options.scheme() == "realsense") {
         return [options] { return openRealsense(options); };
