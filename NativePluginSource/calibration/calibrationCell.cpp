@@ -129,8 +129,8 @@ void calibrationCell::normalizePoint(Vector3& point) const {
 }
 
 void calibrationCell::transformPoint(Vector3& point) const {
-    const auto [u, v, w] = point;
-    const auto interpolate = [&, u = u, v = v, w = w](double Vector3::*axis) {
+    const auto [x, y, z] = point;
+    const auto interpolate = [&, u = x, v = y, w = z](double Vector3::*axis) {
         return A.*axis + B.*axis * u + C.*axis * v + D.*axis * w + E.*axis * u * v +
                F.*axis * v * w + G.*axis * u * w + H.*axis * u * v * w;
     };
