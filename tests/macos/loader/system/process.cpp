@@ -3,6 +3,7 @@
 
 #include <cmath>
 #include <cstdint>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
@@ -91,6 +92,12 @@ void repeatPattern(void* bytes, const void* pattern, std::size_t size) {
     std::memcpy(place, pattern, size);
 }
 
+[[noreturn]] void failAssertion(const char* function, const char* file, int line,
+                                const char* condition) {
+    std::fprintf(stderr, "%s:%d: %s: not so: %s\n", file, line, function, condition);
+    std::abort();
+}
+
 // ---- What the loader is called for ----
 
 // Thread locals and late imports are seen to before anything runs.
@@ -121,6 +128,7 @@ Symbols processSymbols() {
         {"_clock_gettime", addressOf(readClock)},
         {"___sincos_stret", addressOf(sineAndCosine)},
         {"___bzero", addressOf(clearBytes)},
+        {"___assert_rtn", addressOf(failAssertion)},
         {"_memset_pattern16", addressOf(repeatPattern)},
         {"___stack_chk_guard", addressOf(&stackGuard)},
         {"___stack_chk_fail", addressOf(std::abort)},
