@@ -115,19 +115,22 @@ void TerminalScreen::end() {
 }
 
 unsigned long TerminalScreen::attributes(Ink ink, int slot) const {
+    const auto color = [this](int pair) {
+        return colors_ ? static_cast<unsigned long>(COLOR_PAIR(pair)) : 0UL;
+    };
     switch (ink) {
     case Ink::normal:
         return A_NORMAL;
     case Ink::faint:
         return A_DIM;
     case Ink::good:
-        return A_BOLD | (colors_ ? COLOR_PAIR(goodPair) : 0);
+        return A_BOLD | color(goodPair);
     case Ink::bad:
-        return A_BOLD | (colors_ ? COLOR_PAIR(badPair) : 0);
+        return A_BOLD | color(badPair);
     case Ink::bar:
-        return colors_ ? A_BOLD | COLOR_PAIR(barPair) : A_REVERSE;
+        return colors_ ? A_BOLD | color(barPair) : A_REVERSE;
     case Ink::touch:
-        return A_BOLD | (colors_ ? COLOR_PAIR(slot % slotPairs + 1) : 0);
+        return A_BOLD | color(slot % slotPairs + 1);
     }
     return A_NORMAL;
 }
