@@ -88,6 +88,29 @@ TEST_F(Arguments, NameTheNullDeviceBeforeAnythingElse) {
                   "rs_get_scene_truth", "device:0, truth:0", message);
     expectFailure(failure(rs_take_device_notices, noDevice), "rs_take_device_notices", "device:0",
                   message);
+    expectFailure(
+        failure(rs_get_stream_modes, noDevice, badStream, static_cast<rs_mode_range*>(nullptr), -1),
+        "rs_get_stream_modes", "device:0, stream:99, ranges:0, capacity:-1", message);
+    expectFailure(
+        failure(rs_get_current_mode, noDevice, badStream, static_cast<rs_stream_mode*>(nullptr)),
+        "rs_get_current_mode", "device:0, stream:99, mode:0", message);
+    expectFailure(failure(rs_has_ended, noDevice), "rs_has_ended", "device:0", message);
+}
+
+TEST_F(Arguments, AreCheckedWhenAskingForModes) {
+    rs_mode_range* const nowhere = nullptr;
+    rs_mode_range untouched{{-7, -7, -7}, {-7, -7, -7}};
+    EXPECT_EQ(messageOf(rs_get_stream_modes, device, static_cast<rs_stream>(12), nowhere, 1),
+              "argument stream is not a known code: 12");
+    EXPECT_EQ(messageOf(rs_get_stream_modes, device, RS_STREAM_DEPTH, nowhere, -1),
+              "argument capacity is negative");
+    EXPECT_EQ(messageOf(rs_get_stream_modes, device, RS_STREAM_DEPTH, nowhere, 1),
+              "argument ranges is null");
+    EXPECT_EQ(call(rs_get_stream_modes, device, RS_STREAM_DEPTH, &untouched, 0), 1);
+    EXPECT_EQ(untouched.least.width, -7) << "no more than the capacity is filled in";
+    EXPECT_EQ(messageOf(rs_get_current_mode, device, RS_STREAM_DEPTH,
+                        static_cast<rs_stream_mode*>(nullptr)),
+              "argument mode is null");
 }
 
 TEST_F(Arguments, AreCheckedInOrderWhenEnablingAStream) {

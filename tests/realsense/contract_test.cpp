@@ -318,6 +318,63 @@ TEST_P(CameraContract, ReportsAWrongFormatAtStartNotAtEnable) {
               "stream COLOR comes in format RGB8 only, not in BGR8");
 }
 
+TEST_P(CameraContract, ListsTheModesThatItDelivers) {
+    const SourceCase& source = GetParam();
+    const auto modes = [&](rs_stream stream) {
+        rs_mode_range* const none = nullptr;
+        std::vector<rs_mode_range> ranges(
+            static_cast<std::size_t>(call(rs_get_stream_modes, device, stream, none, 0)));
+        call(rs_get_stream_modes, device, stream, ranges.data(), static_cast<int>(ranges.size()));
+        return ranges;
+    };
+    const auto listed = [&](rs_stream stream, int width, int height, int framerate) {
+        const auto ranges = modes(stream);
+        const auto within = [](int least, int value, int most) {
+            return least <= value && value <= most;
+        };
+        return std::any_of(ranges.begin(), ranges.end(), [&](const rs_mode_range& range) {
+            return within(range.least.width, width, range.most.width) &&
+                   within(range.least.height, height, range.most.height) &&
+                   within(range.least.framerate, framerate, range.most.framerate);
+        });
+    };
+    EXPECT_TRUE(listed(RS_STREAM_DEPTH, source.depthWidth, source.depthHeight, 30));
+    EXPECT_TRUE(listed(RS_STREAM_COLOR, source.colorWidth, source.colorHeight, 30));
+    EXPECT_FALSE(listed(RS_STREAM_DEPTH, 123, 45, 30));
+    EXPECT_FALSE(listed(RS_STREAM_DEPTH, source.depthWidth, source.depthHeight, 0));
+    for (const rs_stream stream : {RS_STREAM_INFRARED, RS_STREAM_COLOR_ALIGNED_TO_DEPTH}) {
+        EXPECT_EQ(modes(stream).size(), 0U);
+    }
+    const rs_stream_mode least = modes(RS_STREAM_DEPTH).front().least;
+    enable(device, RS_STREAM_DEPTH, least.width, least.height, RS_FORMAT_Z16, least.framerate);
+    rs_stream_mode settled{};
+    call(rs_get_current_mode, device, RS_STREAM_DEPTH, &settled);
+    EXPECT_EQ(std::memcmp(&settled, &least, sizeof settled), 0);
+    call(rs_start_source, device, RS_SOURCE_VIDEO);
+}
+
+TEST_P(CameraContract, TellsTheModeThatIsSettled) {
+    const SourceCase& source = GetParam();
+    rs_stream_mode mode{};
+    EXPECT_EQ(messageOf(rs_get_current_mode, device, RS_STREAM_DEPTH, &mode),
+              "stream DEPTH is not enabled");
+    enableBoth();
+    call(rs_get_current_mode, device, RS_STREAM_DEPTH, &mode);
+    EXPECT_EQ(mode.width, source.depthWidth);
+    EXPECT_EQ(mode.height, source.depthHeight);
+    EXPECT_EQ(mode.framerate, 30);
+    call(rs_get_current_mode, device, RS_STREAM_COLOR, &mode);
+    EXPECT_EQ(mode.width, source.colorWidth);
+    EXPECT_EQ(mode.height, source.colorHeight);
+    EXPECT_EQ(mode.framerate, 30);
+}
+
+TEST_P(CameraContract, HasNotEndedWhileFramesCome) {
+    startBoth();
+    wait();
+    EXPECT_EQ(call(rs_has_ended, device), 0);
+}
+
 TEST_P(CameraContract, ReportsTwoDifferentRates) {
     enable(device, RS_STREAM_DEPTH, 0, 0, RS_FORMAT_ANY, 30);
     enable(device, RS_STREAM_COLOR, 0, 0, RS_FORMAT_ANY, 60);

@@ -6,6 +6,7 @@ set(expected
     rs_device_supports_option
     rs_enable_stream_ex
     rs_free_error
+    rs_get_current_mode
     rs_get_device
     rs_get_device_count
     rs_get_device_depth_scale
@@ -20,7 +21,9 @@ set(expected
     rs_get_scene_truth
     rs_get_stream_height
     rs_get_stream_intrinsics
+    rs_get_stream_modes
     rs_get_stream_width
+    rs_has_ended
     rs_is_device_streaming
     rs_select_camera_source
     rs_set_device_option

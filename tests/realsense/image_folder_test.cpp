@@ -133,7 +133,7 @@ TEST_F(ImageFolderTest, TakesEveryKey) {
 TEST_F(ImageFolderTest, RefusesOtherKeysAndValues) {
     folder.writeDepth("a.png", 4, 3, samples(4, 3, 1000));
     EXPECT_EQ(problem(",speed=2"), "camera source \"images\" has no key \"speed\"; accepted: "
-                                   "scale, fps, hold, fx, fy, ppx, ppy, pace");
+                                   "scale, fps, hold, fx, fy, ppx, ppy, loop, pace");
     EXPECT_EQ(problem(",fps=0"), "camera source \"images\": key \"fps\" cannot be \"0\"; accepted: "
                                  "a whole number from 1 to 1000");
     EXPECT_EQ(problem(",scale=0"), "camera source \"images\": key \"scale\" cannot be \"0\"; "
@@ -387,6 +387,30 @@ TEST_F(ImageFolderTest, IsCheckedWhenChosen) {
         EXPECT_STREQ(call(rs_get_device_name, device), "Image folder");
         call(rs_delete_context, context);
     }
+    call(rs_select_camera_source, static_cast<const char*>(nullptr));
+}
+
+TEST_F(ImageFolderTest, EndsAfterItsLastPictureWhenItIsNotLooped) {
+    for (const char* name : {"a.png", "b.png", "c.png"}) {
+        folder.writeDepth(name, 4, 3, samples(4, 3, 1000));
+    }
+    call(rs_select_camera_source, uri(",loop=off,pace=off,hold=2").c_str());
+    rs_context* const context = call(rs_create_context, RS_API_VERSION);
+    rs_device* const device = call(rs_get_device, context, 0);
+    enable(device, RS_STREAM_DEPTH);
+    for (int round = 0; round < 2; ++round) {
+        call(rs_start_source, device, RS_SOURCE_VIDEO);
+        for (int frame = 0; frame < 6; ++frame) {
+            call(rs_wait_for_frames, device);
+            EXPECT_EQ(call(rs_has_ended, device), 0);
+        }
+        for (int again = 0; again < 2; ++again) {
+            EXPECT_EQ(messageOf(rs_wait_for_frames, device), "the recording has ended");
+            EXPECT_EQ(call(rs_has_ended, device), 1);
+        }
+        call(rs_stop_source, device, RS_SOURCE_VIDEO);
+    }
+    call(rs_delete_context, context);
     call(rs_select_camera_source, static_cast<const char*>(nullptr));
 }
 

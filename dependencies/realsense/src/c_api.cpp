@@ -5,6 +5,7 @@
 #include "source_uri.h"
 #include "stream_device.h"
 
+#include <algorithm>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -303,6 +304,49 @@ QVR_CAMERA_EXPORT const char* rs_take_device_notices(rs_device* device, rs_error
         [&] {
             requirePointer(device, "device");
             return device->camera->takeNotices();
+        },
+        argument("device", device));
+}
+
+QVR_CAMERA_EXPORT int rs_get_stream_modes(const rs_device* device, rs_stream stream,
+                                          rs_mode_range* ranges, int capacity, rs_error** error) {
+    return guarded(
+        error, __func__, 0,
+        [&] {
+            requirePointer(device, "device");
+            requireCode(stream, RS_STREAM_COUNT, "stream");
+            requireNotNegative(capacity, "capacity");
+            if (capacity > 0) {
+                requirePointer(ranges, "ranges");
+            }
+            const std::vector<rs_mode_range> modes = device->camera->modes(stream);
+            std::copy_n(modes.begin(), std::min(modes.size(), static_cast<std::size_t>(capacity)),
+                        ranges);
+            return static_cast<int>(modes.size());
+        },
+        argument("device", device), argument("stream", stream), argument("ranges", ranges),
+        argument("capacity", capacity));
+}
+
+QVR_CAMERA_EXPORT void rs_get_current_mode(rs_device* device, rs_stream stream,
+                                           rs_stream_mode* mode, rs_error** error) {
+    guardedCall(
+        error, __func__,
+        [&] {
+            requirePointer(device, "device");
+            requireCode(stream, RS_STREAM_COUNT, "stream");
+            requirePointer(mode, "mode");
+            *mode = device->camera->currentMode(stream);
+        },
+        argument("device", device), argument("stream", stream), argument("mode", mode));
+}
+
+QVR_CAMERA_EXPORT int rs_has_ended(const rs_device* device, rs_error** error) {
+    return guarded(
+        error, __func__, 0,
+        [&] {
+            requirePointer(device, "device");
+            return device->camera->ended() ? 1 : 0;
         },
         argument("device", device));
 }

@@ -2,6 +2,8 @@
 // get here; what a device cannot do is a std::runtime_error.
 #pragma once
 
+#include <vector>
+
 #include <librealsense/camera_source.h>
 
 namespace camera {
@@ -28,11 +30,15 @@ class Device {
     virtual void stop(rs_source source) = 0;
     virtual bool streaming() const = 0;
 
+    virtual std::vector<rs_mode_range> modes(rs_stream stream) const = 0;
+    virtual rs_stream_mode currentMode(rs_stream stream) = 0;
     virtual rs_intrinsics intrinsics(rs_stream stream) = 0;
     virtual float depthScale() const = 0;
     virtual rs_extrinsics extrinsics(rs_stream from, rs_stream to) const = 0;
 
     virtual void waitForFrames() = 0;
+    // Whether the last wait failed because a recording was over.
+    virtual bool ended() const = 0;
     virtual const void* frameData(rs_stream stream) = 0;
 
     virtual rs_scene_truth sceneTruth() const = 0;

@@ -10,7 +10,9 @@
 #include <memory>
 #include <optional>
 #include <span>
+#include <stdexcept>
 #include <string>
+#include <vector>
 
 #include <librealsense/camera_source.h>
 
@@ -39,13 +41,19 @@ struct EnabledStreams {
     bool color = false;
 };
 
+// No frame comes any more, and that is no fault of the camera's.
+class EndOfRecording : public std::runtime_error {
+  public:
+    EndOfRecording() : std::runtime_error("the recording has ended") {}
+};
+
 // Frames of a started source, one after the other. Destroying it stops the source.
 class FrameArrivals {
   public:
     virtual ~FrameArrivals() = default;
 
     // Waits for the next frame and gives its number; nothing when none arrives until `deadline`.
-    // Throws std::runtime_error when none can come any more.
+    // Throws std::runtime_error when none can come any more, EndOfRecording when none is left.
     virtual std::optional<std::uint64_t> next(Clock::Time deadline) = 0;
 };
 
@@ -69,6 +77,9 @@ class FrameSource {
     virtual void setOption(rs_option option, double value);
     // What could not be done as asked since the last call, for the log; "" when there is nothing.
     virtual std::string takeNotices();
+
+    // What `configure` accepts for depth or colour; nothing for a stream that is not there.
+    virtual std::vector<rs_mode_range> modes(rs_stream stream) const = 0;
 
     // Settles a mode, or throws std::runtime_error whose text lists what is available.
     virtual CameraGeometry configure(const StreamRequest& depth, const StreamRequest& color) = 0;

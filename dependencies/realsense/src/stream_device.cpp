@@ -100,6 +100,18 @@ void StreamDevice::stop(rs_source source) {
     forgetFrames();
 }
 
+std::vector<rs_mode_range> StreamDevice::modes(rs_stream stream) const {
+    if (stream != RS_STREAM_DEPTH && stream != RS_STREAM_COLOR) {
+        return {};
+    }
+    return source_->modes(stream);
+}
+
+rs_stream_mode StreamDevice::currentMode(rs_stream stream) {
+    const rs_intrinsics lens = intrinsics(stream);
+    return {lens.width, lens.height, geometry().framerate};
+}
+
 rs_intrinsics StreamDevice::intrinsics(rs_stream stream) {
     switch (stream) {
     case RS_STREAM_DEPTH:
@@ -124,14 +136,20 @@ rs_extrinsics StreamDevice::extrinsics(rs_stream from, rs_stream to) const {
 }
 
 void StreamDevice::waitForFrames() {
+    ended_ = false;
     if (!streaming()) {
         return;
     }
     const Clock::Time deadline = clock_.now() + longestWait_;
-    while (const auto number = arrivals_->next(deadline)) {
-        if (renderFrame(*number)) {
-            return;
+    try {
+        while (const auto number = arrivals_->next(deadline)) {
+            if (renderFrame(*number)) {
+                return;
+            }
         }
+    } catch (const EndOfRecording&) {
+        ended_ = true;
+        throw;
     }
     std::ostringstream text;
     text << "no frame came within " << std::chrono::duration<double>(longestWait_).count()

@@ -36,11 +36,14 @@ class StreamDevice : public Device {
     void stop(rs_source source) override;
     bool streaming() const override { return arrivals_ != nullptr; }
 
+    std::vector<rs_mode_range> modes(rs_stream stream) const override;
+    rs_stream_mode currentMode(rs_stream stream) override;
     rs_intrinsics intrinsics(rs_stream stream) override;
     float depthScale() const override;
     rs_extrinsics extrinsics(rs_stream from, rs_stream to) const override;
 
     void waitForFrames() override;
+    bool ended() const override { return ended_; }
     const void* frameData(rs_stream stream) override;
 
     rs_scene_truth sceneTruth() const override;
@@ -80,6 +83,7 @@ class StreamDevice : public Device {
 
     bool started_ = false;                    // at least once since the last enable
     std::unique_ptr<FrameArrivals> arrivals_; // while streaming
+    bool ended_ = false;                      // as the last wait has found
     std::optional<std::uint64_t> current_;
     PictureBuffer<std::uint16_t> depth_;
     PictureBuffer<std::uint8_t> color_;

@@ -96,6 +96,7 @@ TEST_F(RecordingTest, EndsWhenItIsNotLooped) {
     EXPECT_EQ(messageOf(rs_wait_for_frames, device), "the recording has ended");
     EXPECT_EQ(messageOf(rs_wait_for_frames, device), "the recording has ended");
     EXPECT_EQ(call(rs_is_device_streaming, device), 1);
+    EXPECT_EQ(call(rs_has_ended, device), 1);
     stop();
     start();
     EXPECT_EQ(next(frames), everyFrame);
@@ -158,6 +159,23 @@ TEST_F(RecordingTest, KnowsItsLensesButNoDistortionAndPosesOfNoCamera) {
     EXPECT_EQ(call(rs_get_device_depth_scale, device), script.geometry.depthScale);
     EXPECT_EQ(call(rs_get_device_serial, device), folder.file("film.bag"));
     EXPECT_STREQ(call(rs_get_device_name, device), "Software-Device");
+}
+
+TEST_F(RecordingTest, TellsTheNumbersAndTimesOfItsFrames) {
+    record();
+    open(",pace=off");
+    start();
+    for (int round = 0; round < 2; ++round) {
+        for (std::uint64_t number = 0; number < frames; ++number) {
+            next();
+            rs_scene_truth truth{};
+            call(rs_get_scene_truth, device, &truth);
+            EXPECT_EQ(truth.frame, number);
+            EXPECT_EQ(truth.timed, 1);
+            EXPECT_NEAR(truth.seconds, static_cast<double>(number) / 30.0, 1e-6);
+            EXPECT_EQ(truth.known, 0);
+        }
+    }
 }
 
 TEST_F(RecordingTest, IsRefusedWhenTheFileIsNone) {

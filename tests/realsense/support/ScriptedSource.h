@@ -62,6 +62,12 @@ class ScriptedSource : public camera::FrameSource {
     float depthScale() const override { return script_->geometry.depthScale; }
     rs_extrinsics depthToColor() const override { return script_->geometry.depthToColor; }
 
+    std::vector<rs_mode_range> modes(rs_stream stream) const override {
+        const auto& there = script_->geometry;
+        const rs_intrinsics& lens = stream == RS_STREAM_DEPTH ? there.depth : there.color;
+        const rs_stream_mode only{lens.width, lens.height, there.framerate};
+        return {{only, only}};
+    }
     camera::CameraGeometry configure(const camera::StreamRequest& depth,
                                      const camera::StreamRequest& color) override {
         ++script_->configured;

@@ -28,6 +28,31 @@ void rs_select_camera_source(const char* uri, rs_error** error);
  * nothing. The text belongs to the device and is good until the next call. */
 const char* rs_take_device_notices(rs_device* device, rs_error** error);
 
+typedef struct rs_stream_mode {
+    int width;     /* pixels */
+    int height;    /* pixels */
+    int framerate; /* frames a second */
+} rs_stream_mode;
+
+/* Every mode from `least` to `most`, each number for itself; mostly the two are one. */
+typedef struct rs_mode_range {
+    rs_stream_mode least;
+    rs_stream_mode most;
+} rs_mode_range;
+
+/* What depth or colour can be enabled with, both at one rate: fills in as many ranges as `capacity`
+ * allows, and gives how many there are. 0 for a stream that the camera does not have. */
+int rs_get_stream_modes(const rs_device* device, rs_stream stream, rs_mode_range* ranges,
+                        int capacity, rs_error** error);
+
+/* What an enabled stream comes in, with everything settled that was left open. Fails as the size
+ * queries do. */
+void rs_get_current_mode(rs_device* device, rs_stream stream, rs_stream_mode* mode,
+                         rs_error** error);
+
+/* 1 when the last wait failed because a recording that is not played over and over has ended. */
+int rs_has_ended(const rs_device* device, rs_error** error);
+
 /* Where one simulated finger truly is. */
 typedef struct rs_scene_finger {
     int id;           /* the same finger keeps its number; from 0 */

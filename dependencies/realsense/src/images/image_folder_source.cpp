@@ -11,10 +11,11 @@ constexpr int usualFramerate = 30;
 constexpr float usualScale = 0.000125f;
 constexpr float usualFocalLength = 476.0f;
 constexpr int longestColorSide = 16384;
+constexpr int highestFramerate = 1000;
 
 // Checks the options before the folder is read, which may take a while.
 const std::string& checkedFolder(const SourceOptions& options) {
-    options.acceptOnly({"scale", "fps", "hold", "fx", "fy", "ppx", "ppy", "pace"});
+    options.acceptOnly({"scale", "fps", "hold", "fx", "fy", "ppx", "ppy", "loop", "pace"});
     if (options.positional().empty()) {
         throw std::runtime_error("camera source \"images\" needs a folder: images:DIR");
     }
@@ -85,6 +86,25 @@ rs_intrinsics stretched(const rs_intrinsics& lens, ImageSize size) {
     return result;
 }
 
+// The first so many frames of others.
+class OnePass : public FrameArrivals {
+  public:
+    OnePass(std::unique_ptr<FrameArrivals> frames, std::uint64_t count)
+        : frames_(std::move(frames)), count_(count) {}
+
+    std::optional<std::uint64_t> next(Clock::Time deadline) override {
+        const auto number = frames_->next(deadline);
+        if (number && *number >= count_) {
+            throw EndOfRecording();
+        }
+        return number;
+    }
+
+  private:
+    std::unique_ptr<FrameArrivals> frames_;
+    std::uint64_t count_;
+};
+
 } // namespace
 
 ImageFolderSource::ImageFolderSource(const SourceOptions& options)
@@ -92,15 +112,26 @@ ImageFolderSource::ImageFolderSource(const SourceOptions& options)
       folder_(picturesOf(folderName_, recording_)),
       depthScale_(
           real(options, "scale", recording_ ? recording_->depthScale : usualScale, 1e-9, 1.0)),
-      framerate_(options.integer("fps", 0, 1, 1000)), hold_(options.integer("hold", 1, 1, 1000)),
+      framerate_(options.integer("fps", 0, 1, highestFramerate)),
+      hold_(options.integer("hold", 1, 1, 1000)),
       depthLens_(depthLens(options, recording_, folder_.depthSize())),
-      paced_(options.onOff("pace", true)) {}
+      loops_(options.onOff("loop", true)), paced_(options.onOff("pace", true)) {}
 
 rs_extrinsics ImageFolderSource::depthToColor() const {
     if (recording_) {
         return recording_->depthToColor;
     }
     return {{1, 0, 0, 0, 1, 0, 0, 0, 1}, {0, 0, 0}};
+}
+
+std::vector<rs_mode_range> ImageFolderSource::modes(rs_stream stream) const {
+    const ImageSize size = folder_.depthSize();
+    const int slowest = framerate_ ? framerate_ : 1;
+    const int fastest = framerate_ ? framerate_ : highestFramerate;
+    if (stream == RS_STREAM_DEPTH) {
+        return {{{size.width, size.height, slowest}, {size.width, size.height, fastest}}};
+    }
+    return {{{1, 1, slowest}, {longestColorSide, longestColorSide, fastest}}};
 }
 
 CameraGeometry ImageFolderSource::configure(const StreamRequest& depth,
@@ -126,6 +157,16 @@ CameraGeometry ImageFolderSource::configure(const StreamRequest& depth,
     const int usual = recording_ ? recording_->framerate : usualFramerate;
     geometry.framerate = framerate_ ? framerate_ : asked ? asked : usual;
     return geometry;
+}
+
+std::unique_ptr<FrameArrivals> ImageFolderSource::start(EnabledStreams enabled, int framerate,
+                                                        Clock& clock) {
+    auto frames = FrameSource::start(enabled, framerate, clock);
+    if (loops_) {
+        return frames;
+    }
+    return std::make_unique<OnePass>(std::move(frames),
+                                     folder_.count() * static_cast<std::uint64_t>(hold_));
 }
 
 void ImageFolderSource::render(std::uint64_t number, std::span<std::uint16_t> depth,

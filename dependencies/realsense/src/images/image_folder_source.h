@@ -1,4 +1,4 @@
-// A camera that plays a recording, or any folder of depth images, over and over.
+// A camera that plays a recording, or any folder of depth images, over and over or once.
 #pragma once
 
 #include "frame_source.h"
@@ -13,9 +13,9 @@ namespace camera {
 
 // images:DIR with the keys scale (metres in one depth unit, 0.000125), fps (30, or whatever rate a
 // program asks for), hold (frames for which each picture stays, 1), fx, fy (476), ppx, ppy (the
-// middle) and pace (on or off). A recording has its own scale, rate, lenses and pose instead of
-// these, save where a key is given. An image in which nothing is measured is skipped, as any
-// camera's empty pictures are.
+// middle), loop (on or off) and pace (on or off). A recording has its own scale, rate, lenses and
+// pose instead of these, save where a key is given. An image in which nothing is measured is
+// skipped, as any camera's empty pictures are.
 class ImageFolderSource : public FrameSource {
   public:
     explicit ImageFolderSource(const SourceOptions& options);
@@ -28,8 +28,11 @@ class ImageFolderSource : public FrameSource {
     // Pictures of no recording were taken from one place.
     rs_extrinsics depthToColor() const override;
 
+    std::vector<rs_mode_range> modes(rs_stream stream) const override;
     CameraGeometry configure(const StreamRequest& depth, const StreamRequest& color) override;
     bool paced() const override { return paced_; }
+    std::unique_ptr<FrameArrivals> start(EnabledStreams enabled, int framerate,
+                                         Clock& clock) override;
     void render(std::uint64_t number, std::span<std::uint16_t> depth,
                 std::span<std::uint8_t> color) override;
     rs_scene_truth truth(std::uint64_t number) const override;
@@ -45,6 +48,7 @@ class ImageFolderSource : public FrameSource {
     int framerate_; // 0: as the program asks
     int hold_;
     rs_intrinsics depthLens_;
+    bool loops_;
     bool paced_;
     ImageSize colorSize_;
 };

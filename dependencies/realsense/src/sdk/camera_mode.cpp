@@ -51,25 +51,41 @@ auto strangeness(const Profile& profile) {
                       std::abs(profile.width() - 640) + std::abs(profile.height() - 480));
 }
 
-std::string listOf(const std::vector<Profile>& profiles) {
-    std::set<std::tuple<int, int, int>> modes;
+std::vector<rs_stream_mode> modesOf(const std::vector<Profile>& profiles) {
+    std::set<std::tuple<int, int, int>> sorted;
     for (const Profile& profile : profiles) {
-        modes.insert({profile.width(), profile.height(), profile.fps()});
+        sorted.insert({profile.width(), profile.height(), profile.fps()});
     }
+    std::vector<rs_stream_mode> modes;
+    for (const auto& [width, height, fps] : sorted) {
+        modes.push_back({width, height, fps});
+    }
+    return modes;
+}
+
+std::string listOf(const std::vector<Profile>& profiles) {
     std::string list;
-    for (const auto& [width, height, fps] : modes) {
+    for (const auto& [width, height, fps] : modesOf(profiles)) {
         list += (list.empty() ? "" : ", ") + std::to_string(width) + "x" + std::to_string(height) +
                 " at " + std::to_string(fps);
     }
     return list.empty() ? "nothing" : list;
 }
 
+std::vector<Profile> usableProfilesOf(const SdkDevice& device, rs_stream stream) {
+    return profilesOf(device, stream, stream == RS_STREAM_DEPTH ? RS_FORMAT_Z16 : RS_FORMAT_RGB8);
+}
+
 } // namespace
+
+std::vector<rs_stream_mode> availableModes(const SdkDevice& device, rs_stream stream) {
+    return modesOf(usableProfilesOf(device, stream));
+}
 
 CameraMode chooseMode(const SdkDevice& device, const StreamRequest& depth,
                       const StreamRequest& color) {
-    const auto depthProfiles = profilesOf(device, RS_STREAM_DEPTH, RS_FORMAT_Z16);
-    const auto colorProfiles = profilesOf(device, RS_STREAM_COLOR, RS_FORMAT_RGB8);
+    const auto depthProfiles = usableProfilesOf(device, RS_STREAM_DEPTH);
+    const auto colorProfiles = usableProfilesOf(device, RS_STREAM_COLOR);
     const auto depthChoice = fitting(depthProfiles, depth);
     const auto colorChoice = fitting(colorProfiles, color);
     const Profile* bestDepth = nullptr;

@@ -46,6 +46,8 @@ class FrameMailbox {
     // End when the last pair has been taken already.
     Outcome take(Clock::Time deadline);
 
+    // The frame that led to the pair taken last.
+    const rs2::frame& leader() const { return leader_; }
     // The pair taken last. Empty where there is none yet, or the stream is not enabled.
     const rs2::frame& depth() const { return enabled_.depth ? leader_ : follower_; }
     const rs2::frame& color() const { return enabled_.depth ? follower_ : leader_; }

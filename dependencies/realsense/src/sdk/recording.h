@@ -29,6 +29,7 @@ class Recording final : public SdkDevice {
     std::string label() const override { return options_.file; }
     bool lossless() const override { return !options_.paced; }
     bool streamsOnce() const override { return true; }
+    bool recorded() const override { return true; }
     bool loops() const override { return options_.loop; }
 
     void beforeStart(std::shared_ptr<FrameMailbox> mailbox) override;

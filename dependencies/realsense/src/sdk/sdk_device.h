@@ -40,6 +40,8 @@ class SdkDevice {
     virtual bool lossless() const { return false; }
     // It streams once only and is opened anew for each time.
     virtual bool streamsOnce() const { return false; }
+    // Its frames are of a former time, whose numbers and times they bear.
+    virtual bool recorded() const { return false; }
     // Plays from the beginning when it has come to the end.
     virtual bool loops() const { return false; }
 

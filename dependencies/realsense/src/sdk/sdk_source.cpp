@@ -151,6 +151,7 @@ class SdkSource::Arrivals : public FrameArrivals {
             switch (source_.mailbox_->take(deadline)) {
             case FrameMailbox::Outcome::Frame:
                 playedAny_ = true;
+                source_.readStamp();
                 return number_++;
             case FrameMailbox::Outcome::NoFrame:
                 return std::nullopt;
@@ -158,7 +159,7 @@ class SdkSource::Arrivals : public FrameArrivals {
                 break;
             }
             if (!source_.device_->loops()) {
-                throw std::runtime_error("the recording has ended");
+                throw EndOfRecording();
             }
             if (!std::exchange(playedAny_, false) || clock_.now() > deadline) {
                 return std::nullopt;
@@ -230,6 +231,14 @@ std::string SdkSource::takeNotices() {
     return std::exchange(notices_, "");
 }
 
+std::vector<rs_mode_range> SdkSource::modes(rs_stream stream) const {
+    std::vector<rs_mode_range> ranges;
+    for (const rs_stream_mode& mode : availableModes(*device_, stream)) {
+        ranges.push_back({mode, mode});
+    }
+    return ranges;
+}
+
 CameraGeometry SdkSource::configure(const StreamRequest& depth, const StreamRequest& color) {
     const CameraMode mode = chooseMode(*device_, depth, color);
     depthMode_ = modeOf(mode.depth);
@@ -272,9 +281,23 @@ void SdkSource::render(std::uint64_t, std::span<std::uint16_t> depth,
     fill(mailbox_->color(), colorMode_, color, 3);
 }
 
+void SdkSource::readStamp() {
+    if (!device_->recorded()) {
+        return;
+    }
+    const rs2::frame& frame = mailbox_->leader();
+    const double time = frame.get_timestamp();
+    stamp_ = Stamp{frame.get_frame_number(), time, stamp_ ? stamp_->firstTime : time};
+}
+
 rs_scene_truth SdkSource::truth(std::uint64_t number) const {
     rs_scene_truth truth{};
     truth.frame = number;
+    if (stamp_) {
+        truth.frame = stamp_->number;
+        truth.seconds = (stamp_->time - stamp_->firstTime) / 1000.0;
+        truth.timed = 1;
+    }
     return truth;
 }
 

@@ -7,6 +7,7 @@
 #include "sdk/sdk_device.h"
 
 #include <memory>
+#include <optional>
 #include <set>
 #include <string>
 
@@ -30,6 +31,7 @@ class SdkSource final : public FrameSource {
     void setOption(rs_option option, double value) override;
     std::string takeNotices() override;
 
+    std::vector<rs_mode_range> modes(rs_stream stream) const override;
     CameraGeometry configure(const StreamRequest& depth, const StreamRequest& color) override;
     bool paced() const override { return !device_->lossless(); }
     std::unique_ptr<FrameArrivals> start(EnabledStreams enabled, int framerate,
@@ -40,6 +42,13 @@ class SdkSource final : public FrameSource {
 
   private:
     class Arrivals;
+    struct Stamp {
+        std::uint64_t number = 0;
+        double time = 0.0; // milliseconds
+        double firstTime = 0.0;
+    };
+
+    void readStamp();
 
     std::unique_ptr<SdkDevice> device_;
     DeviceOpener open_;
@@ -50,6 +59,7 @@ class SdkSource final : public FrameSource {
     bool hasColor_ = false;
     bool streamed_ = false;                 // since the device was opened
     std::shared_ptr<FrameMailbox> mailbox_; // of the current start
+    std::optional<Stamp> stamp_;            // of a recording's frame taken last
     std::set<rs_option> missing_;           // options that were asked for in vain
     std::string notices_;
 };

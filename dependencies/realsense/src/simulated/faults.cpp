@@ -55,6 +55,10 @@ class FaultySource final : public FrameSource {
     bool paced() const override { return whole_->paced(); }
     rs_scene_truth truth(std::uint64_t number) const override { return whole_->truth(number); }
 
+    std::vector<rs_mode_range> modes(rs_stream stream) const override {
+        return whole_->modes(stream);
+    }
+
     CameraGeometry configure(const StreamRequest& depth, const StreamRequest& color) override {
         const CameraGeometry asked = whole_->configure(depth, color);
         if (!small_)

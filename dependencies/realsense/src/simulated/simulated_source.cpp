@@ -91,6 +91,13 @@ Settings settingsFrom(const SourceOptions& options) {
     return settings;
 }
 
+rs_mode_range modeRange(ImageSize only, int onlyFramerate) {
+    const ImageSize least = only == ImageSize{} ? smallestSize : only;
+    const ImageSize most = only == ImageSize{} ? largestSize : only;
+    return {{least.width, least.height, onlyFramerate == 0 ? 1 : onlyFramerate},
+            {most.width, most.height, onlyFramerate == 0 ? highestFramerate : onlyFramerate}};
+}
+
 // What a request comes to, with 0 as any and the usual size where nothing is prescribed.
 ImageSize settledSize(const char* stream, const StreamRequest& request, ImageSize only) {
     const ImageSize usual = only == ImageSize{} ? usualSize : only;
@@ -134,6 +141,11 @@ class SimulatedSource final : public FrameSource {
     float depthScale() const override { return metersPerUnit; }
     rs_extrinsics depthToColor() const override { return simulated::depthToColor(); }
     bool paced() const override { return settings_.paced; }
+
+    std::vector<rs_mode_range> modes(rs_stream stream) const override {
+        return {modeRange(stream == RS_STREAM_DEPTH ? settings_.depth : settings_.color,
+                          settings_.framerate)};
+    }
 
     CameraGeometry configure(const StreamRequest& depth, const StreamRequest& color) override {
         const ImageSize depthSize = settledSize("depth", depth, settings_.depth);
