@@ -1,32 +1,18 @@
 #include "recording/Description.h"
 
+#include "common/cameraCall.h"
 #include "recording/RecordingError.h"
 
 #include <array>
-#include <type_traits>
 
-#include <librealsense/rs.hpp>
 #include <nlohmann/json.hpp>
 
 namespace recording {
 
 using nlohmann::ordered_json;
+using programs::cameraCall;
 
 namespace {
-
-// Calls a function of the camera library; what it complains of becomes an exception.
-template <typename Function, typename... Arguments>
-auto ask(Function function, Arguments... arguments) {
-    rs_error* error = nullptr;
-    if constexpr (std::is_void_v<std::invoke_result_t<Function, Arguments..., rs_error**>>) {
-        function(arguments..., &error);
-        rs::error::handle(error);
-    } else {
-        const auto result = function(arguments..., &error);
-        rs::error::handle(error);
-        return result;
-    }
-}
 
 std::string textOf(const char* text) {
     return text != nullptr ? text : "";
@@ -52,14 +38,14 @@ ordered_json jsonOf(const rs_intrinsics& lens) {
 
 Description describe(rs_device* device) {
     Description description;
-    description.name = textOf(ask(rs_get_device_name, device));
-    description.serial = textOf(ask(rs_get_device_serial, device));
-    description.firmware = textOf(ask(rs_get_device_firmware_version, device));
-    description.depthScale = ask(rs_get_device_depth_scale, device);
-    ask(rs_get_stream_intrinsics, device, RS_STREAM_DEPTH, &description.depth);
-    ask(rs_get_stream_intrinsics, device, RS_STREAM_COLOR, &description.color);
-    ask(rs_get_device_extrinsics, device, RS_STREAM_DEPTH, RS_STREAM_COLOR,
-        &description.depthToColor);
+    description.name = textOf(cameraCall(rs_get_device_name, device));
+    description.serial = textOf(cameraCall(rs_get_device_serial, device));
+    description.firmware = textOf(cameraCall(rs_get_device_firmware_version, device));
+    description.depthScale = cameraCall(rs_get_device_depth_scale, device);
+    cameraCall(rs_get_stream_intrinsics, device, RS_STREAM_DEPTH, &description.depth);
+    cameraCall(rs_get_stream_intrinsics, device, RS_STREAM_COLOR, &description.color);
+    cameraCall(rs_get_device_extrinsics, device, RS_STREAM_DEPTH, RS_STREAM_COLOR,
+               &description.depthToColor);
     return description;
 }
 

@@ -1,0 +1,129 @@
+#include "cameraTool/Options.h"
+
+#include "server/ServerError.h"
+
+#include <cstdio>
+#include <string>
+
+#include <CLI/CLI.hpp>
+
+namespace cameraTool {
+
+namespace {
+
+constexpr const char* about = "Looks after depth cameras: which there are, what they are, what "
+                              "they see.";
+
+constexpr const char* footer =
+    R"(Every command takes --camera URI; without it, the variable QVR_CAMERA or a connected camera
+counts. qvr-camera COMMAND --help lists a command's options.
+
+Exit codes:
+  0  done
+  1  a file cannot be written, or an unexpected failure
+  2  a bad option, or a mode that the camera does not have
+  4  no camera, or it cannot be used; the message says what to do
+  6  a camera source (--camera or QVR_CAMERA) that does not exist or cannot be used)";
+
+constexpr int longestSide = 16384;
+constexpr int highestRate = 1000;
+
+// "WIDTHxHEIGHT" into two numbers.
+bool readSize(const std::string& text, int& width, int& height) {
+    int end = 0;
+    return std::sscanf(text.c_str(), "%5dx%5d%n", &width, &height, &end) == 2 &&
+           static_cast<std::size_t>(end) == text.size() && width > 0 && height > 0 &&
+           width <= longestSide && height <= longestSide;
+}
+
+void addSize(CLI::App& command, const std::string& name, const char* help, int& width,
+             int& height) {
+    command
+        .add_option_function<std::string>(
+            name,
+            [name, &width, &height](const std::string& text) {
+                if (!readSize(text, width, height)) {
+                    throw CLI::ValidationError(name, "'" + text + "' is no size such as 640x480");
+                }
+            },
+            help)
+        ->type_name("WxH");
+}
+
+void addCamera(CLI::App& command, Options& options) {
+    command
+        .add_option("--camera", options.camera,
+                    "Camera source: realsense:SERIAL, simulated, images:DIR, bag:FILE, ...")
+        ->type_name("URI");
+}
+
+void addMode(CLI::App& command, Mode& mode) {
+    addSize(command, "--depth", "Size of the depth images (default: 640x480, or the nearest)",
+            mode.depthWidth, mode.depthHeight);
+    addSize(command, "--color", "Size of the colour images (the same)", mode.colorWidth,
+            mode.colorHeight);
+    command.add_option("--fps", mode.fps, "Frames a second, of both")
+        ->type_name("N")
+        ->check(CLI::Range(1, highestRate).description(""));
+}
+
+void addList(CLI::App& app, Options& options) {
+    CLI::App& command =
+        *app.add_subcommand("list", "Cameras with their serial numbers, firmware and modes, and "
+                                    "the sources there are");
+    addCamera(command, options);
+    command.add_flag("--json", options.json, "Print it for programs");
+    command.callback([&options] { options.command = Command::list; });
+}
+
+void addInfo(CLI::App& app, Options& options) {
+    CLI::App& command = *app.add_subcommand(
+        "info", "The camera information as hosts get it: lenses and poses, as JSON");
+    addCamera(command, options);
+    addMode(command, options.mode);
+    command.add_flag("--raw", options.raw, "To the letter, as the pipeline writes it");
+    command.callback([&options] { options.command = Command::info; });
+}
+
+void addSnapshot(CLI::App& app, Options& options) {
+    CLI::App& command = *app.add_subcommand(
+        "snapshot", "One PNG each of depth, colour, and both as the other sees them");
+    addCamera(command, options);
+    addMode(command, options.mode);
+    command.add_option("--out", options.out, "Folder to write to; pictures there are replaced")
+        ->type_name("DIR")
+        ->required();
+    options.frame = 30;
+    command
+        .add_option("--frame", options.frame,
+                    "Frames to let pass before (default: 30, until the exposure has settled)")
+        ->type_name("N")
+        ->check(CLI::Range(0, 1'000'000).description(""));
+    command.callback([&options] { options.command = Command::snapshot; });
+}
+
+} // namespace
+
+std::optional<Options> parseOptions(int argc, const char* const* argv) {
+    Options options;
+    CLI::App app(about, "qvr-camera");
+    app.footer(footer);
+    app.set_version_flag("--version", "qvr-camera " QVR_VERSION);
+    app.require_subcommand(1);
+    addList(app, options);
+    addInfo(app, options);
+    addSnapshot(app, options);
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::Success& success) {
+        app.exit(success);
+        std::fflush(stdout);
+        return std::nullopt;
+    } catch (const CLI::ParseError& error) {
+        throw server::ServerError(server::exitBadOption,
+                                  std::string(error.what()) + "; see qvr-camera --help");
+    }
+    return options;
+}
+
+} // namespace cameraTool
