@@ -13,9 +13,13 @@
 //
 // What it does not show: that macOS takes the file (its signature, minimum version and library
 // versions are not looked at), nor that the calls of macOS behave as those here do once translated.
+// The bundle brings its C++ library, but texts of numbers come from this system's printf, and sines
+// from its mathematics: macOS prints a negative NaN without its sign, and may round otherwise.
+//
 // A translation covers what our bundle uses; an import that it lacks is an error by name. Arm code
-// is not run. Pointers must be described by LC_DYLD_INFO_ONLY, as for macOS before 12; everything
-// is bound at once. Exceptions are unwound within the bundle, not through it.
+// is not run. Pointers must be described by LC_DYLD_INFO_ONLY, as for macOS before 12, and frames
+// by the compact unwind format alone. Everything is bound at once. Exceptions are unwound within
+// the bundle, not through it.
 //
 // One bundle a process, and it stays until the process ends, as bundles with thread locals do on
 // macOS.
