@@ -308,3 +308,25 @@ TEST_F(ClientRole, SaysHowEachSystemCallsABrokenConnection) {
     EXPECT_THAT(saidBy(macosPlugin()), testing::HasSubstr(" return: -1 error: 54\""));
     EXPECT_THAT(saidBy(macosPlugin()), testing::HasSubstr("update -101"));
 }
+
+// The host would be ended by a signal that the connection raises unless told otherwise, and each
+// system is told in its own way.
+TEST_F(ClientRole, LivesOnWhenItSendsToAClosedServer) {
+    takeBoth([](Plugin& plugin, Transcript& transcript) {
+        LoopbackPeer peer([](LoopbackPeer::Line& line) {
+            line.accept();
+            line.reset();
+        });
+        transcript.replace(peer.port(), "PORT");
+        void* client = plugin.function<void*()>("_ZN3QVR13NetworkClient8mkClientEv")();
+        const auto connectTo = plugin.function<int(void*, const char*, const char*)>(
+            "_ZN3QVR12TcpClientWin7connectEPKcS2_");
+        const auto send =
+            plugin.function<int(void*, const char*, int)>("_ZN3QVR12TcpClientWin4sendEPKci");
+        transcript.add("connect", connectTo(client, "127.0.0.1", peer.port().c_str()));
+        EXPECT_EQ(peer.finish(), "");
+        transcript.add("send to a connection that was reset", send(client, "bytes", 5));
+        transcript.add("send to one that is closed", send(client, "bytes", 5));
+        plugin.function<void(void*)>("_ZN3QVR13NetworkClient10freeClientEPS0_")(client);
+    });
+}

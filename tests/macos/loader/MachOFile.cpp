@@ -2,7 +2,9 @@
 
 #include <stdexcept>
 
+#include <llvm/BinaryFormat/Magic.h>
 #include <llvm/Object/MachO.h>
+#include <llvm/Object/MachOUniversal.h>
 #include <llvm/Support/MemoryBuffer.h>
 #include <sys/mman.h>
 
@@ -21,9 +23,22 @@ std::unique_ptr<llvm::MemoryBuffer> contentOf(const std::string& path) {
     return std::move(*content);
 }
 
+// The part for 64-bit x86 of a file for several kinds of processors.
+llvm::Expected<std::unique_ptr<MachOObjectFile>> partOf(llvm::MemoryBufferRef content) {
+    auto parts = llvm::object::MachOUniversalBinary::create(content);
+    if (!parts) {
+        return parts.takeError();
+    }
+    return (*parts)->getMachOObjectForArch("x86_64");
+}
+
 std::unique_ptr<MachOObjectFile> objectIn(const std::string& path,
                                           const llvm::MemoryBuffer& content) {
-    auto object = llvm::object::ObjectFile::createMachOObjectFile(content.getMemBufferRef());
+    const llvm::MemoryBufferRef reference = content.getMemBufferRef();
+    const bool hasParts =
+        llvm::identify_magic(content.getBuffer()) == llvm::file_magic::macho_universal_binary;
+    auto object =
+        hasParts ? partOf(reference) : llvm::object::ObjectFile::createMachOObjectFile(reference);
     if (!object) {
         throw std::runtime_error(path + ": " + llvm::toString(object.takeError()));
     }
@@ -93,7 +108,7 @@ MachOFile::MachOFile(const std::string& path) : reader_(std::make_unique<Reader>
         segments_.push_back({textOf(segment.segname),
                              segment.vmaddr,
                              segment.vmsize,
-                             {reader_->content->getBufferStart() + segment.fileoff,
+                             {object.getData().data() + segment.fileoff,
                               static_cast<std::size_t>(segment.filesize)},
                              protectionOf(segment.initprot)});
         for (std::uint32_t number = 0; number < segment.nsects; ++number) {
