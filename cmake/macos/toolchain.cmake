@@ -22,6 +22,10 @@ foreach(language C CXX OBJCXX)
     set(CMAKE_${language}_COMPILER_LAUNCHER "")
     # Nothing in the bundle may tell where it was built.
     set(CMAKE_${language}_FLAGS_INIT "-g0 -ffile-prefix-map=${source}/=")
+    # What the C++ library of the oldest system lacks is refused as on a Mac, though ours has it.
+    string(APPEND CMAKE_${language}_FLAGS_INIT
+        " -U_LIBCPP_HAS_VENDOR_AVAILABILITY_ANNOTATIONS"
+        " -D_LIBCPP_HAS_VENDOR_AVAILABILITY_ANNOTATIONS=1")
     set(CMAKE_${language}_FLAGS_DEBUG_INIT "-fno-sanitize=undefined")
 endforeach()
 set(CMAKE_C_COMPILER ${CMAKE_CURRENT_LIST_DIR}/zig cc)
