@@ -11,8 +11,8 @@ namespace cameraTool {
 
 namespace {
 
-constexpr const char* about = "Looks after depth cameras: which there are, what they are, what "
-                              "they see.";
+constexpr const char* about =
+    "Looks after depth cameras: lists them, tells their geometry, and keeps what they see.";
 
 constexpr const char* footer =
     R"(Every command takes --camera URI; without it, the variable QVR_CAMERA or a connected camera
@@ -20,13 +20,16 @@ counts. qvr-camera COMMAND --help lists a command's options.
 
 Exit codes:
   0  done
-  1  a file cannot be written, or an unexpected failure
+  1  a file cannot be written, the recording is not whole, or an unexpected failure
   2  a bad option, or a mode that the camera does not have
   4  no camera, or it cannot be used; the message says what to do
+  5  "touch.json" cannot be used
   6  a camera source (--camera or QVR_CAMERA) that does not exist or cannot be used)";
 
 constexpr int longestSide = 16384;
 constexpr int highestRate = 1000;
+constexpr std::uint64_t mostFrames = 1'000'000'000;
+constexpr double longestTake = 86400.0; // a day
 
 // "WIDTHxHEIGHT" into two numbers.
 bool readSize(const std::string& text, int& width, int& height) {
@@ -58,7 +61,9 @@ void addCamera(CLI::App& command, Options& options) {
 }
 
 void addMode(CLI::App& command, Mode& mode) {
-    addSize(command, "--depth", "Size of the depth images (default: 640x480, or the nearest)",
+    addSize(command, "--depth",
+            "Size of the depth images (default: as record has it in touch.json, else the "
+            "nearest to 640x480)",
             mode.depthWidth, mode.depthHeight);
     addSize(command, "--color", "Size of the colour images (the same)", mode.colorWidth,
             mode.colorHeight);
@@ -102,6 +107,43 @@ void addSnapshot(CLI::App& app, Options& options) {
     command.callback([&options] { options.command = Command::snapshot; });
 }
 
+void addFrames(CLI::App& command, Options& options, const char* help) {
+    command.add_option("--frames", options.frames, help)
+        ->type_name("N")
+        ->check(CLI::Range(std::uint64_t{1}, mostFrames).description(""));
+}
+
+void addRecord(CLI::App& app, Options& options) {
+    CLI::App& command = *app.add_subcommand(
+        "record", "Record pictures and touches, as qvr-server --record does, without a network");
+    command.add_option("folder", options.out, "The new folder of the recording")
+        ->type_name("DIR")
+        ->required();
+    addCamera(command, options);
+    addMode(command, options.mode);
+    addFrames(command, options, "End after N frames");
+    command.add_option("--seconds", options.seconds, "End after so long (default: Ctrl-C ends it)")
+        ->type_name("S")
+        ->check(CLI::Range(0.001, longestTake).description(""));
+    command.callback([&options] { options.command = Command::record; });
+}
+
+void addConvert(CLI::App& app, Options& options) {
+    CLI::App& command = *app.add_subcommand(
+        "convert", "Turn a recording of RealSense SDK 2, or what else can be played, into a "
+                   "folder that plays everywhere, every frame of it");
+    command
+        .add_option("input", options.in,
+                    "A .bag file, a folder, or a camera URI such as simulated:seed=3")
+        ->type_name("IN")
+        ->required();
+    command.add_option("folder", options.out, "The new folder of the recording")
+        ->type_name("OUT")
+        ->required();
+    addFrames(command, options, "End after N frames (default: all)");
+    command.callback([&options] { options.command = Command::convert; });
+}
+
 } // namespace
 
 std::optional<Options> parseOptions(int argc, const char* const* argv) {
@@ -113,6 +155,8 @@ std::optional<Options> parseOptions(int argc, const char* const* argv) {
     addList(app, options);
     addInfo(app, options);
     addSnapshot(app, options);
+    addRecord(app, options);
+    addConvert(app, options);
     try {
         app.parse(argc, argv);
     } catch (const CLI::Success& success) {

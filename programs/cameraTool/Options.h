@@ -9,7 +9,7 @@
 
 namespace cameraTool {
 
-enum class Command { list, info, snapshot };
+enum class Command { list, info, snapshot, record, convert };
 
 struct Options {
     Command command = Command::list;
@@ -17,8 +17,11 @@ struct Options {
     Mode mode;
     bool json = false;       // list: for programs
     bool raw = false;        // info: to the letter as hosts get it
-    std::string out;         // snapshot: folder
+    std::string in;          // convert: file, folder or URI
+    std::string out;         // snapshot, record, convert: folder
     std::uint64_t frame = 0; // snapshot: how many to let pass
+    std::optional<double> seconds;
+    std::optional<std::uint64_t> frames;
 };
 
 // Reads the command line. Empty when it asked for help or the version, which are then printed on

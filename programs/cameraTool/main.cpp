@@ -4,12 +4,14 @@
 #include "cameraTool/OpenCamera.h"
 #include "cameraTool/Options.h"
 #include "cameraTool/cameraInformation.h"
+#include "cameraTool/recordCamera.h"
 #include "cameraTool/snapshot.h"
 #include "foundation/Logger.h"
 #include "server/CameraSource.h"
 #include "server/ServerError.h"
 #include "server/ServerLog.h"
 
+#include <csignal>
 #include <cstdio>
 #include <exception>
 #include <optional>
@@ -25,20 +27,42 @@ void print(const std::string& text) {
     }
 }
 
+void record(const Options& options, const std::string& source) {
+    recordCamera({source, options.out, options.mode, options.seconds, options.frames, false});
+}
+
+void convert(const Options& options, const std::string& source) {
+    if (!options.frames && !ends(source)) {
+        throw server::ServerError(server::exitBadOption,
+                                  "'" + source +
+                                      "' has no end; say how much of it is wanted with "
+                                      "--frames N");
+    }
+    recordCamera({source, options.out, ownMode(), std::nullopt, options.frames, true});
+}
+
 void run(const Options& options) {
     QVR::Logger::RegisterDebugCallback(&server::ServerLog::receivePipelineMessage);
     server::ServerLog::setPipelineQuiet(true);
     server::Options source;
-    source.camera = options.camera;
+    source.camera = options.command == Command::convert ? playedOnce(options.in) : options.camera;
     server::selectCameraSource(source);
-    if (options.command == Command::list) {
+    switch (options.command) {
+    case Command::list: {
         const CameraList list = listCameras(server::cameraSource(source));
-        print(options.json ? jsonOf(list) : textOf(list));
-        return;
+        return print(options.json ? jsonOf(list) : textOf(list));
     }
-    OpenCamera camera(options.mode);
-    print(options.command == Command::info ? cameraInformation(camera, options.raw)
-                                           : takeSnapshot(camera, options.frame, options.out));
+    case Command::info:
+        return print(cameraInformation(OpenCamera(options.mode), options.raw));
+    case Command::snapshot: {
+        OpenCamera camera(options.mode);
+        return print(takeSnapshot(camera, options.frame, options.out));
+    }
+    case Command::record:
+        return record(options, server::cameraSource(source));
+    case Command::convert:
+        return convert(options, *source.camera);
+    }
 }
 
 int report(const char* message, int code) {
@@ -49,6 +73,8 @@ int report(const char* message, int code) {
 } // namespace
 
 int main(int argc, char** argv) {
+    // A limit on the size of files is met like a full disk.
+    std::signal(SIGXFSZ, SIG_IGN);
     try {
         if (const std::optional<Options> options = parseOptions(argc, argv)) {
             run(*options);

@@ -6,10 +6,12 @@
 #include "detection/touchManager.h"
 #include "evaluate/EvaluationError.h"
 #include "foundation/Logger.h"
+#include "foundation/utils.h"
 
 #include <algorithm>
 #include <deque>
 #include <exception>
+#include <map>
 
 #include <json11.hpp>
 #include <librealsense/camera_source.h>
@@ -129,7 +131,8 @@ std::string Pipeline::Messages::text() {
     return text;
 }
 
-Pipeline::Pipeline(const std::string& camera, const std::string& touchJson) : volume_(touchJson) {
+Pipeline::Pipeline(const std::string& camera, const std::string& touchJson)
+    : volume_(std::map<std::string, std::string>{{QVR::utils::distortionMapFilePath, touchJson}}) {
     selectCamera(camera);
     try {
         start(touchJson);

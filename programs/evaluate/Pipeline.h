@@ -1,9 +1,9 @@
 // The real pipeline, from the camera library to the touches that a host gets, in this process.
 #pragma once
 
+#include "common/PrivateVolume.h"
 #include "evaluate/FrameRecord.h"
 #include "evaluate/Pinhole.h"
-#include "evaluate/PrivateVolume.h"
 #include "host/Snapshot.h"
 
 #include <string>
@@ -47,7 +47,7 @@ class Pipeline {
     void start(const std::string& touchJson);
 
     Messages messages_;
-    PrivateVolume volume_;
+    programs::PrivateVolume volume_;
     const unsigned short* depthFrame_ = nullptr;
 };
 

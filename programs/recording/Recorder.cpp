@@ -15,8 +15,9 @@ constexpr std::size_t mostBuffers = 64;
 } // namespace
 
 Recorder::Recorder(std::size_t depthPixels, std::size_t colorBytes, std::size_t buffers,
-                   std::uint64_t every, Write write, Failed failed)
-    : write_(std::move(write)), failed_(std::move(failed)), ring_(buffers), every_(every) {
+                   std::uint64_t every, Write write, Failed failed, WhenFull whenFull)
+    : write_(std::move(write)), failed_(std::move(failed)), ring_(buffers), every_(every),
+      whenFull_(whenFull) {
     for (Buffer& buffer : ring_) {
         buffer.depth.resize(depthPixels);
         buffer.color.resize(colorBytes);
@@ -41,6 +42,12 @@ void Recorder::offer(const FrameInfo& frame, const PictureView& pictures, const 
     if (offered_++ % every_ != 0) {
         ++missing_;
         return;
+    }
+    if (whenFull_ == WhenFull::wait) {
+        changed_.wait(lock, [this] { return filled_ < ring_.size() || broken_; });
+        if (broken_) {
+            return;
+        }
     }
     if (filled_ == ring_.size()) {
         ++missing_;
@@ -107,6 +114,7 @@ void Recorder::run() {
         lock.lock();
         if (!problem.empty()) {
             broken_ = true;
+            changed_.notify_all();
             lock.unlock();
             failed_(problem);
             return;
@@ -114,6 +122,7 @@ void Recorder::run() {
         ++written_;
         first_ = (first_ + 1) % ring_.size();
         --filled_;
+        changed_.notify_all();
     }
 }
 

@@ -14,9 +14,14 @@
 
 namespace recording {
 
+// What happens to a frame for which no buffer is free.
+enum class WhenFull {
+    drop, // it is left out, and whoever offers it never waits
+    wait, // whoever offers it waits for the disk
+};
+
 // A fixed number of frame buffers and a thread that writes them in order. Whoever offers frames
-// never waits and allocates nothing: without a free buffer a frame is dropped. Every frame that is
-// taken says how many before it were not.
+// allocates nothing. Every frame that is taken says how many before it were not.
 class Recorder {
   public:
     // Writes one frame; what it throws ends the recording.
@@ -27,7 +32,7 @@ class Recorder {
     // Pictures of `depthPixels` samples and `colorBytes` bytes, in so many buffers. The first frame
     // offered is wanted, and then one in `every`, from 1.
     Recorder(std::size_t depthPixels, std::size_t colorBytes, std::size_t buffers,
-             std::uint64_t every, Write write, Failed failed);
+             std::uint64_t every, Write write, Failed failed, WhenFull whenFull = WhenFull::drop);
     // As finish().
     ~Recorder();
     Recorder(const Recorder&) = delete;
@@ -61,6 +66,7 @@ class Recorder {
     Failed failed_;
     std::vector<Buffer> ring_;
     std::uint64_t every_;
+    WhenFull whenFull_;
 
     mutable std::mutex mutex_;
     std::condition_variable changed_;

@@ -45,7 +45,7 @@ const void* nativePicture(rs_stream stream) {
 recording::Description currentDescription(const Options& options) {
     const cameraManager& manager = *cameraManager::get();
     recording::Description description = recording::describe(manager.camera->device);
-    description.recorder = "qvr-server " QVR_VERSION;
+    description.recorder = options.program + " " QVR_VERSION;
     description.uri = cameraSource(options);
     description.fps = manager.fps;
     description.calibrated = manager.touches->outputCalibratedTouches;
@@ -74,8 +74,9 @@ std::string frames(std::uint64_t count) {
 
 } // namespace
 
-CameraRecording::CameraRecording(const std::string& folder, std::uint64_t every)
-    : folder_(freshFolder(folder)), every_(every) {}
+CameraRecording::CameraRecording(const std::string& folder, std::uint64_t every,
+                                 recording::WhenFull whenFull)
+    : folder_(freshFolder(folder)), every_(every), whenFull_(whenFull) {}
 
 CameraRecording::~CameraRecording() {
     finish();
@@ -119,7 +120,8 @@ void CameraRecording::begin(const recording::Description& description) {
         [this](const std::string& why) {
             ServerLog::notice("WARNING: the recording ends after " + frames(folder_.frameCount()) +
                               ": " + why);
-        });
+        },
+        whenFull_);
 }
 
 void CameraRecording::takeFrame(std::uint64_t number, double seconds,
@@ -164,6 +166,10 @@ void CameraRecording::reportDropped() {
 void CameraRecording::end(const std::string& why) {
     ended_ = true;
     ServerLog::notice("WARNING: the recording ends: " + why);
+}
+
+bool CameraRecording::ended() const {
+    return ended_ || (recorder_ && recorder_->failed());
 }
 
 void CameraRecording::finish() {

@@ -14,12 +14,13 @@ namespace server {
 
 struct Options;
 
-// On the camera's thread, which it never makes wait for the disk.
+// On the camera's thread, which it makes wait for the disk only when told to.
 class CameraRecording {
   public:
     // Throws ServerError (exitBadOption) when the folder cannot be had or is not empty.
     // One in `every` frames is kept.
-    CameraRecording(const std::string& folder, std::uint64_t every);
+    CameraRecording(const std::string& folder, std::uint64_t every,
+                    recording::WhenFull whenFull = recording::WhenFull::drop);
     // As finish().
     ~CameraRecording();
     CameraRecording(const CameraRecording&) = delete;
@@ -34,6 +35,9 @@ class CameraRecording {
     // of its own; `records` are the ten records of its touches.
     void takeFrame(std::uint64_t number, double seconds, const QVR::NetworkTouch* records);
 
+    // Whether it has ended before its time; a notice has said why.
+    bool ended() const;
+
     // Writes what waits to be written, and says how much the recording holds.
     void finish();
 
@@ -47,6 +51,7 @@ class CameraRecording {
 
     recording::RecordingFolder folder_;
     std::uint64_t every_;
+    recording::WhenFull whenFull_;
     recording::Description description_;
     Settings settings_;
     std::optional<recording::Recorder> recorder_;

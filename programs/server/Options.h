@@ -12,6 +12,7 @@
 namespace server {
 
 struct Options {
+    std::string program = "qvr-server";
     std::optional<std::string> camera; // URI of a camera source; else QVR_CAMERA, else hardware
     std::optional<std::uint16_t> port; // 0: the system chooses; else the document's, else 27016
     std::string bindAddress = "127.0.0.1";

@@ -77,11 +77,20 @@ bool beginsWithOneOf(std::string_view message, const Beginnings& beginnings) {
                        [&](std::string_view beginning) { return message.starts_with(beginning); });
 }
 
+std::string& program() {
+    static std::string name = "qvr-server";
+    return name;
+}
+
 void print(const std::string& text) {
     std::fprintf(stderr, "%s\n", text.c_str());
 }
 
 } // namespace
+
+void ServerLog::setProgram(const std::string& name) {
+    program() = name;
+}
 
 void ServerLog::setVerbose(bool verbose) {
     verboseLog = verbose;
@@ -89,14 +98,14 @@ void ServerLog::setVerbose(bool verbose) {
 
 void ServerLog::notice(const std::string& text) {
     const std::lock_guard lock(outputMutex);
-    print("qvr-server: " + text);
+    print(program() + ": " + text);
 }
 
 void ServerLog::noticeSparingly(const std::string& text) {
     static RepetitionFilter repetitions;
     const std::lock_guard lock(outputMutex);
     if (verboseLog || repetitions.isNew(text, Clock::now()))
-        print("qvr-server: " + text);
+        print(program() + ": " + text);
 }
 
 void ServerLog::detail(const std::string& text) {

@@ -9,6 +9,10 @@ namespace server {
 // Any thread; one line each, never a piece of one.
 class ServerLog {
   public:
+    // What its own lines begin with, "qvr-server" unless another program uses the server's parts.
+    // Before the first line.
+    static void setProgram(const std::string& name);
+
     // Everything, or only what a user has to know.
     static void setVerbose(bool verbose);
 

@@ -50,6 +50,26 @@ TEST(CameraToolOptions, AreThoseOfTheCommand) {
     EXPECT_NE(complaint({"snapshot", "--out", "x", "--frame", "-1"}), "");
 }
 
+TEST(CameraToolOptions, SayHowMuchToKeep) {
+    const auto record = parsed({"record", "DIR", "--seconds", "2.5", "--frames", "7"});
+    EXPECT_EQ(record->command, Command::record);
+    EXPECT_EQ(record->out, "DIR");
+    EXPECT_EQ(record->seconds, 2.5);
+    EXPECT_EQ(record->frames, 7U);
+    EXPECT_EQ(parsed({"record", "DIR"})->frames, std::nullopt);
+    const auto convert = parsed({"convert", "film.bag", "DIR", "--frames", "3"});
+    EXPECT_EQ(convert->command, Command::convert);
+    EXPECT_EQ(convert->in, "film.bag");
+    EXPECT_EQ(convert->out, "DIR");
+    EXPECT_EQ(convert->frames, 3U);
+    for (const std::vector<const char*>& wrong : {std::vector<const char*>{"record"},
+                                                  {"record", "DIR", "--seconds", "0"},
+                                                  {"record", "DIR", "--frames", "0"},
+                                                  {"convert", "film.bag"}}) {
+        EXPECT_NE(complaint(wrong), "") << wrong.back();
+    }
+}
+
 TEST(CameraToolOptions, ChooseAMode) {
     const Mode mode =
         parsed({"info", "--depth", "640x240", "--color", "1920x1080", "--fps", "30"})->mode;

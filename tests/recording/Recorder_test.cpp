@@ -4,6 +4,7 @@
 #include <chrono>
 #include <condition_variable>
 #include <cstdint>
+#include <future>
 #include <mutex>
 #include <stdexcept>
 #include <string>
@@ -64,9 +65,11 @@ constexpr std::size_t buffers = 4;
 
 class RecorderTest : public testing::Test {
   protected:
-    explicit RecorderTest(std::uint64_t every = 1)
-        : recorder(pixels, pixels * 3, buffers, every, disk.write(),
-                   [this](const std::string& why) { complaints.push_back(why); }) {}
+    explicit RecorderTest(std::uint64_t every = 1,
+                          recording::WhenFull whenFull = recording::WhenFull::drop)
+        : recorder(
+              pixels, pixels * 3, buffers, every, disk.write(),
+              [this](const std::string& why) { complaints.push_back(why); }, whenFull) {}
     // Whatever a test left waiting.
     ~RecorderTest() override { disk.open(); }
 
@@ -90,6 +93,11 @@ class RecorderTest : public testing::Test {
 class ThinningRecorderTest : public RecorderTest {
   protected:
     ThinningRecorderTest() : RecorderTest(3) {}
+};
+
+class WaitingRecorderTest : public RecorderTest {
+  protected:
+    WaitingRecorderTest() : RecorderTest(1, recording::WhenFull::wait) {}
 };
 
 } // namespace
@@ -135,6 +143,40 @@ TEST_F(RecorderTest, LeavesFramesOutWhenTheDiskIsSlowAndSaysWhere) {
     EXPECT_EQ(disk.written[buffers].tracking->cutoff, 20);
     EXPECT_EQ(disk.written[buffers + 1].dropped, 0U);
     EXPECT_FALSE(disk.written[buffers + 1].tracking);
+}
+
+TEST_F(WaitingRecorderTest, LeavesNoFrameOutHoweverSlowTheDisk) {
+    offer(0);
+    disk.waitUntilBusy();
+    for (int number = 1; number < static_cast<int>(buffers); ++number)
+        offer(number);
+    auto offering = std::async(std::launch::async, [this] {
+        for (int number = static_cast<int>(buffers); number < 20; ++number)
+            offer(number);
+    });
+    EXPECT_EQ(offering.wait_for(std::chrono::milliseconds(50)), std::future_status::timeout);
+    disk.open();
+    offering.get();
+    recorder.finish();
+    EXPECT_EQ(recorder.dropped(), 0U);
+    ASSERT_EQ(disk.written.size(), 20U);
+    EXPECT_EQ(disk.written.back().number, 19U);
+    EXPECT_EQ(disk.written.back().dropped, 0U);
+}
+
+TEST_F(WaitingRecorderTest, WaitsForNoDiskThatHasFailed) {
+    offer(0);
+    disk.waitUntilBusy();
+    auto offering = std::async(std::launch::async, [this] {
+        for (int number = 1; number < 20; ++number)
+            offer(number);
+    });
+    EXPECT_EQ(offering.wait_for(std::chrono::milliseconds(50)), std::future_status::timeout);
+    disk.open(true);
+    offering.get();
+    recorder.finish();
+    EXPECT_TRUE(recorder.failed());
+    EXPECT_EQ(complaints, std::vector<std::string>{"the disk is full"});
 }
 
 TEST_F(ThinningRecorderTest, TakesTheFirstFrameAndThenOneInSoMany) {

@@ -21,10 +21,17 @@ class ServerLogTest : public testing::Test {
     ~ServerLogTest() override {
         ServerLog::setVerbose(false);
         ServerLog::setPipelineQuiet(false);
+        ServerLog::setProgram("qvr-server");
     }
 };
 
 } // namespace
+
+TEST_F(ServerLogTest, NamesTheProgramThatSpeaks) {
+    EXPECT_EQ(heard([] { ServerLog::notice("hello"); }), "qvr-server: hello\n");
+    ServerLog::setProgram("qvr-camera");
+    EXPECT_EQ(heard([] { ServerLog::notice("hello"); }), "qvr-camera: hello\n");
+}
 
 TEST_F(ServerLogTest, PassesWarningsErrorsAndTheCamera) {
     for (const char* message :

@@ -2,7 +2,9 @@
 #include "demo/ChildProcess.h"
 #include "support/TemporaryFolder.h"
 
+#include <algorithm>
 #include <chrono>
+#include <csignal>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -29,13 +31,22 @@ class CameraProgram : public testing::Test {
   protected:
     // Its exit code; -1 when it does not end by itself.
     int run(const Arguments& arguments, const Arguments& environment = {"QVR_CAMERA="}) {
-        demo::ChildProcess child({CAMERA_PROGRAM, arguments, environment, folder.file("out")});
+        return start(CAMERA_PROGRAM, arguments, environment);
+    }
+    int start(const std::string& program, const Arguments& arguments,
+              const Arguments& environment) {
+        demo::ChildProcess child({program, arguments, environment, folder.file("out")});
         const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(60);
         while (!child.ending() && std::chrono::steady_clock::now() < end) {
             std::this_thread::sleep_for(std::chrono::milliseconds(5));
         }
         output = contentOf(folder.file("out"));
         return child.ending() && !child.ending()->bySignal ? child.ending()->code : -1;
+    }
+    int replay(const std::string& recording) { return start(REPLAY_PROGRAM, {recording}, {}); }
+    static long lineCount(const std::string& recording) {
+        const std::string lines = contentOf(recording + "/frames.jsonl");
+        return std::count(lines.begin(), lines.end(), '\n');
     }
     json11::Json document() const {
         std::string error;
@@ -44,6 +55,7 @@ class CameraProgram : public testing::Test {
         return json;
     }
 
+    const Arguments withSettings = {"QVR_CAMERA=", "QVR_VOLUMES=" EXAMPLES "/simulated"};
     support::TemporaryFolder folder;
     std::string output;
 };
@@ -87,6 +99,83 @@ TEST_F(CameraProgram, WritesFourPictures) {
     }
     EXPECT_THAT(output, HasSubstr("pictures/depth.png: 320x240, depth, one unit is 0.125 mm\n"));
     EXPECT_THAT(output, HasSubstr("depth_aligned_to_color.png: 160x120, depth"));
+}
+
+TEST_F(CameraProgram, RecordsAsTheServerDoes) {
+    const std::string recording = folder.file("recording");
+    EXPECT_EQ(run({"record", recording, "--camera", "simulated:scene=tapping", "--frames", "40"},
+                  withSettings),
+              0)
+        << output;
+    EXPECT_THAT(output, HasSubstr("qvr-camera: recorded 40 frames to " + recording));
+    EXPECT_THAT(contentOf(recording + "/recording.json"), HasSubstr("\"recorder\": \"qvr-camera "));
+    EXPECT_THAT(contentOf(recording + "/frames.jsonl"), HasSubstr("\"slot\":"));
+    EXPECT_EQ(replay(recording), 0) << output;
+}
+
+TEST_F(CameraProgram, RecordsInTheModeAskedFor) {
+    const std::string recording = folder.file("recording");
+    EXPECT_EQ(run({"record", recording, "--camera", "simulated", "--seconds", "0.5", "--depth",
+                   "320x240", "--color", "64x48", "--fps", "20"},
+                  withSettings),
+              0)
+        << output;
+    const std::string description = contentOf(recording + "/recording.json");
+    EXPECT_THAT(description, HasSubstr("\"fps\": 20,"));
+    EXPECT_THAT(description, HasSubstr("\"width\": 320,"));
+    EXPECT_THAT(description, HasSubstr("\"width\": 64,"));
+    EXPECT_GT(lineCount(recording), 0);
+    EXPECT_LE(lineCount(recording), 11);
+    EXPECT_EQ(replay(recording), 0) << output;
+}
+
+TEST_F(CameraProgram, EndsARecordingWhenItIsInterrupted) {
+    const std::string recording = folder.file("recording");
+    demo::ChildProcess child({CAMERA_PROGRAM,
+                              {"record", recording, "--camera", "simulated"},
+                              withSettings,
+                              folder.file("out")});
+    for (int i = 0; i < 4000 && lineCount(recording) < 5; ++i) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+    ASSERT_GE(lineCount(recording), 5);
+    ::kill(child.id(), SIGINT);
+    for (int i = 0; i < 4000 && !child.ending(); ++i) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+    ASSERT_TRUE(child.ending());
+    EXPECT_FALSE(child.ending()->bySignal);
+    EXPECT_EQ(child.ending()->code, 0) << contentOf(folder.file("out"));
+    EXPECT_EQ(replay(recording), 0) << output;
+}
+
+TEST_F(CameraProgram, ConvertsEveryFrameHoweverSlowTheDisk) {
+    const std::string first = folder.file("first");
+    EXPECT_EQ(run({"convert", "simulated:scene=tapping", first, "--frames", "150"}, withSettings),
+              0)
+        << output;
+    EXPECT_EQ(lineCount(first), 150) << "more than wait for the disk at a time";
+    EXPECT_EQ(contentOf(first + "/frames.jsonl").find("\"dropped\""), std::string::npos);
+    EXPECT_EQ(replay(first), 0) << output;
+    const std::string second = folder.file("second");
+    EXPECT_EQ(run({"convert", first, second}, withSettings), 0) << output;
+    EXPECT_EQ(contentOf(second + "/frames.jsonl"), contentOf(first + "/frames.jsonl"));
+    EXPECT_EQ(run({"convert", first, second}, withSettings), 2);
+    EXPECT_THAT(output, HasSubstr("it exists and is not empty"));
+}
+
+TEST_F(CameraProgram, DoesNotConvertWhatHasNoEnd) {
+    EXPECT_EQ(run({"convert", "simulated", folder.file("x")}), 2);
+    EXPECT_THAT(output, HasSubstr("'simulated:pace=off' has no end; say how much of it is wanted "
+                                  "with --frames N\n"));
+    EXPECT_EQ(run({"convert", "realsense", folder.file("x")}), 2);
+}
+
+TEST_F(CameraProgram, SaysThatARecordingIsNotWhole) {
+    const std::string recording = folder.file("recording");
+    EXPECT_EQ(run({"record", recording, "--camera", "simulated:fault=vanish@10,lasting=30"}), 4);
+    EXPECT_THAT(output, HasSubstr("the camera gives no pictures any more: "));
+    EXPECT_GE(lineCount(recording), 1);
 }
 
 TEST_F(CameraProgram, SaysWhatIsWrong) {
