@@ -2,8 +2,12 @@
 
 #include "server/ServerError.h"
 
+#include <charconv>
+#include <cstdint>
 #include <cstdio>
 #include <string>
+#include <string_view>
+#include <system_error>
 
 #include <CLI/CLI.hpp>
 
@@ -31,12 +35,18 @@ constexpr int highestRate = 1000;
 constexpr std::uint64_t mostFrames = 1'000'000'000;
 constexpr double longestTake = 86400.0; // a day
 
+// The whole of `text` as the length of a picture's side.
+bool readSide(std::string_view text, int& side) {
+    const char* const end = text.data() + text.size();
+    const auto [rest, error] = std::from_chars(text.data(), end, side);
+    return error == std::errc() && rest == end && side > 0 && side <= longestSide;
+}
+
 // "WIDTHxHEIGHT" into two numbers.
-bool readSize(const std::string& text, int& width, int& height) {
-    int end = 0;
-    return std::sscanf(text.c_str(), "%5dx%5d%n", &width, &height, &end) == 2 &&
-           static_cast<std::size_t>(end) == text.size() && width > 0 && height > 0 &&
-           width <= longestSide && height <= longestSide;
+bool readSize(std::string_view text, int& width, int& height) {
+    const std::size_t cross = text.find('x');
+    return cross != std::string_view::npos && readSide(text.substr(0, cross), width) &&
+           readSide(text.substr(cross + 1), height);
 }
 
 void addSize(CLI::App& command, const std::string& name, const char* help, int& width,

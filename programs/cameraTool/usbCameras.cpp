@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <cstdio>
-#include <cstdlib>
 #include <fstream>
 #include <iterator>
 #include <system_error>
@@ -40,13 +38,14 @@ bool isRealsense(const fs::path& device) {
            attribute(device, "product").find("RealSense") != std::string::npos;
 }
 
-// As the kernel numbers them: bus and device in three digits.
+// As the kernel names device files: bus and device in three digits.
+std::string threeDigits(const std::string& number) {
+    return std::string(3 - std::min<std::size_t>(3, number.size()), '0') + number;
+}
+
 fs::path usbNode(const fs::path& root, const fs::path& device) {
-    std::array<char, 32> place;
-    std::snprintf(place.data(), place.size(), "%03d/%03d",
-                  std::atoi(attribute(device, "busnum").c_str()),
-                  std::atoi(attribute(device, "devnum").c_str()));
-    return root / "dev/bus/usb" / place.data();
+    return root / "dev/bus/usb" / threeDigits(attribute(device, "busnum")) /
+           threeDigits(attribute(device, "devnum"));
 }
 
 // Pictures come through the video devices of the camera's interfaces.
