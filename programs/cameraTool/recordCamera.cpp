@@ -159,6 +159,9 @@ std::string playedOnce(const std::string& input) {
                                                  "recorded: qvr-camera record");
     }
     const bool recorded = scheme == "images" || scheme == "bag";
+    if (!recorded && scheme != "simulated") {
+        throw ServerError(server::exitBadOption, "there is no file or folder '" + input + "'");
+    }
     return with(recorded ? with(uri, "loop", "off") : uri, "pace", "off");
 }
 

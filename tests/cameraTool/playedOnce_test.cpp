@@ -45,4 +45,14 @@ TEST(PlayedOnce, LeavesCamerasToRecording) {
     }
 }
 
+TEST(PlayedOnce, SaysThatAFileIsNotThere) {
+    try {
+        playedOnce("nowhere.bag");
+        ADD_FAILURE();
+    } catch (const server::ServerError& error) {
+        EXPECT_EQ(error.code(), server::exitBadOption);
+        EXPECT_STREQ(error.what(), "there is no file or folder 'nowhere.bag'");
+    }
+}
+
 } // namespace
