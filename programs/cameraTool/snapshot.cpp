@@ -31,6 +31,9 @@ void makeFolder(const std::string& folder) {
 
 void write(const fs::path& path, const std::vector<std::uint8_t>& bytes) {
     std::ofstream file(path, std::ios::binary | std::ios::trunc);
+    // Pictures show people.
+    std::error_code ignored;
+    fs::permissions(path, fs::perms::owner_read | fs::perms::owner_write, ignored);
     file.write(reinterpret_cast<const char*>(bytes.data()),
                static_cast<std::streamsize>(bytes.size()));
     file.close();

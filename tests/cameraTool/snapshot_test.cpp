@@ -45,6 +45,15 @@ TEST_F(SnapshotTest, KeepsTheFourPicturesOfTheFrameAskedFor) {
                       camera.color(RS_STREAM_COLOR_ALIGNED_TO_DEPTH)));
 }
 
+TEST_F(SnapshotTest, IsForItsOwnerOnly) {
+    OpenCamera camera({});
+    takeSnapshot(camera, 0, out);
+    for (const char* name : {"/depth.png", "/color.png"}) {
+        EXPECT_EQ(fs::status(out + name).permissions(),
+                  fs::perms::owner_read | fs::perms::owner_write);
+    }
+}
+
 TEST_F(SnapshotTest, ReplacesThePicturesOfTheOneBefore) {
     for (int round = 0; round < 2; ++round) {
         OpenCamera camera({});
