@@ -5,7 +5,6 @@
 #include <filesystem>
 #include <fstream>
 #include <map>
-#include <regex>
 #include <set>
 #include <string>
 #include <vector>
@@ -22,17 +21,23 @@ using Rule = std::map<std::string, std::string>;
 
 // Fails for what is no rule.
 Rule ruleOf(const std::string& line) {
-    static const std::regex item("\\s*([A-Z]+(?:\\{[A-Za-z_]+\\})?)(==|!=|\\+=|:=|=)\"([^\"]*)\"");
     Rule rule;
-    std::string rest = line;
-    std::smatch match;
-    while (std::regex_search(rest, match, item, std::regex_constants::match_continuous)) {
-        rule[match[1].str() + match[2].str()] = match[3].str();
-        rest = match.suffix();
-        EXPECT_TRUE(rest.empty() || rest.front() == ',') << line;
-        rest.erase(0, 1);
+    std::size_t place = 0;
+    while (place < line.size()) {
+        const std::size_t opening = line.find('"', place);
+        const std::size_t closing =
+            opening == std::string::npos ? opening : line.find('"', opening + 1);
+        if (closing == std::string::npos || line[opening - 1] != '=') {
+            ADD_FAILURE() << "not understood: " << line.substr(place);
+            return rule;
+        }
+        rule[line.substr(place, opening - place)] = line.substr(opening + 1, closing - opening - 1);
+        place = closing + 1;
+        if (place < line.size()) {
+            EXPECT_EQ(line.substr(place, 2), ", ") << line;
+            place += 2;
+        }
     }
-    EXPECT_TRUE(rest.empty()) << "not understood: " << rest;
     return rule;
 }
 

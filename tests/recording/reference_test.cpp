@@ -30,10 +30,10 @@ TEST(ReferenceRecording, TellsWhatWasSent) {
     EXPECT_EQ(second->seconds, 0.141925617);
     EXPECT_EQ(second->dropped, 2U);
     EXPECT_EQ(second->touches[0].active, 1);
-    EXPECT_EQ(second->touches[0].x, 115.19999694824219);
+    EXPECT_EQ(double{second->touches[0].x}, 115.19999694824219);
     EXPECT_EQ(second->tracked[1].z, 2169.239990234375);
     EXPECT_EQ(second->touches[2].active, 0);
-    EXPECT_EQ(second->touches[2].x, -1.0);
+    EXPECT_EQ(double{second->touches[2].x}, -1.0);
     ASSERT_TRUE(second->tracking);
     EXPECT_EQ(second->tracking->cutoff, 2187);
     EXPECT_EQ(second->tracking->slots[1].lerpedPos.z, 2170.199951171875);
