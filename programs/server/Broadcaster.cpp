@@ -84,7 +84,8 @@ void Broadcaster::continueFrame() {
     if (continues_.exchange(true))
         return;
     asio::post(context_, KeptHandler(continuation_, [this] {
-                   continues_ = false;
+                   // An exchange, for what was ready before each telling is to be seen here.
+                   continues_.exchange(false);
                    pump();
                }));
 }

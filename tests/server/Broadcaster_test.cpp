@@ -271,10 +271,7 @@ TEST(Broadcaster, SendsOfAFrameWhatIsReadyAndThenTheRest) {
     early.readHeader();
     ASSERT_TRUE(running.hasClients(1));
 
-    const server::FrameRef frame = running.broadcaster.acquire();
-    support::fillWords(frame->bytes().data(), frame->bytes().size(), 5);
-    frame->setReady(3000);
-    running.broadcaster.publish(frame);
+    const server::FrameRef frame = running.publishStart(5, 3000);
     Bytes bytes = early.read(3000);
     EXPECT_FALSE(early.readable(100));
 
@@ -283,12 +280,10 @@ TEST(Broadcaster, SendsOfAFrameWhatIsReadyAndThenTheRest) {
     Bytes lateBytes = late.read(3000);
     EXPECT_FALSE(late.readable(100));
 
-    frame->setReady(3001);
-    running.broadcaster.continueFrame();
+    running.continueTo(frame, 3001);
     append(bytes, early.read(1));
     EXPECT_FALSE(early.readable(100));
-    frame->setReady(frame->bytes().size());
-    running.broadcaster.continueFrame();
+    running.continueTo(frame, frame->bytes().size());
     append(bytes, early.read(early.frameBytes() - 3001));
     append(lateBytes, late.read(late.frameBytes() - 3000));
     EXPECT_EQ(numberOf(bytes), 5U);
@@ -307,15 +302,11 @@ TEST(Broadcaster, PutsNothingBehindHalfAFrame) {
     RawClient client(running.port());
     client.readHeader();
     ASSERT_TRUE(running.hasClients(1));
-    const server::FrameRef frame = running.broadcaster.acquire();
-    support::fillWords(frame->bytes().data(), frame->bytes().size(), 5);
-    frame->setReady(3000);
-    running.broadcaster.publish(frame);
+    const server::FrameRef frame = running.publishStart(5, 3000);
     Bytes bytes = client.read(3000);
     EXPECT_FALSE(client.readable(400));
     EXPECT_THAT(running.reports(), testing::IsEmpty());
-    frame->setReady(frame->bytes().size());
-    running.broadcaster.continueFrame();
+    running.continueTo(frame, frame->bytes().size());
     append(bytes, client.read(client.frameBytes() - 3000));
     EXPECT_EQ(numberOf(bytes), 5U);
     // With the frame whole, its camera is silent like any other.

@@ -5,6 +5,7 @@
 #include "server/RawClient.h"
 
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <future>
@@ -61,6 +62,19 @@ class RunningBroadcaster {
         fillWords(frame->bytes().data(), frame->bytes().size(), number);
         broadcaster.publish(std::move(frame));
         return true;
+    }
+
+    // The same, but only `ready` bytes of it are there yet.
+    server::FrameRef publishStart(std::uint32_t number, std::size_t ready) {
+        server::FrameRef frame = broadcaster.acquire();
+        fillWords(frame->bytes().data(), frame->bytes().size(), number);
+        frame->setReady(ready);
+        broadcaster.publish(frame);
+        return frame;
+    }
+    void continueTo(const server::FrameRef& frame, std::size_t ready) {
+        frame->setReady(ready);
+        broadcaster.continueFrame();
     }
 
     // Returns when the network thread has done all that was asked of it before.
