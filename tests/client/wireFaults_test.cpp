@@ -63,6 +63,15 @@ class LentTextures {
     std::unique_ptr<unsigned char[]> color_, depth_, processed_;
 };
 
+// What an update may say of a connection that is reset after so many bytes of the stream.
+testing::Matcher<int> failureOfAReset(std::size_t bytes) {
+    if (bytes == 0) {
+        // The client may learn of the reset before it learns that it was connected.
+        return AnyOf(-2, -3);
+    }
+    return testing::Eq(bytes < sizeof(ProtocolHeader) ? -3 : -101);
+}
+
 class WireFaults : public client_test::ClientFixture {
   protected:
     WireFaults() {
@@ -101,7 +110,7 @@ TEST_F(WireFaults, AResetAtAnyByteIsAFailureAndTheNextConnectionIsInStep) {
         // The first header's fate is not told by init: it is the update's matter here.
         initWithoutServer();
         client().port = peer.port();
-        EXPECT_EQ(update(), cut < sizeof(ProtocolHeader) ? -3 : -101);
+        EXPECT_THAT(update(), failureOfAReset(cut));
         EXPECT_FALSE(ClientManager::isConnected());
         EXPECT_THAT(listedTouches(), Each(-1.0));
         EXPECT_EQ(update(), 0);
@@ -126,7 +135,7 @@ TEST_F(WireFaults, AResetWithoutTheSwitchesFailsAsWell) {
         SCOPED_TRACE(cut);
         initWithoutServer();
         client().port = peer.port();
-        EXPECT_EQ(update(), cut < sizeof(ProtocolHeader) ? -3 : -101);
+        EXPECT_THAT(update(), failureOfAReset(cut));
         EXPECT_FALSE(ClientManager::isConnected());
         shutDown();
     }

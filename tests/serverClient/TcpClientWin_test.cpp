@@ -184,9 +184,11 @@ TEST_F(TcpClientWinTest, GivesUpWhenThePeerHasClosed) {
 TEST_F(TcpClientWinTest, ReportsAConnectionThatWasReset) {
     LoopbackPeer peer([](LoopbackPeer::Line& line) {
         line.accept();
+        line.waitForTest(); // a connection reset too early is one that could not be made
         line.reset();
     });
     ASSERT_EQ(connectTo(peer), 0);
+    peer.proceed();
     ASSERT_EQ(peer.finish(), "");
     LogCapture::messages().clear();
     const int number = client.socket;
@@ -326,9 +328,11 @@ TEST_F(TcpClientWinTest, ReceivesBigEndianIntegers) {
 TEST_F(TcpClientWinTest, SendingToAClosedPeerFailsWithoutASignal) {
     LoopbackPeer peer([](LoopbackPeer::Line& line) {
         line.accept();
+        line.waitForTest(); // a connection reset too early is one that could not be made
         line.reset();
     });
     ASSERT_EQ(connectTo(peer), 0);
+    peer.proceed();
     ASSERT_EQ(peer.finish(), "");
     client.send("a", 1);
     EXPECT_EQ(client.send("b", 1), -1);

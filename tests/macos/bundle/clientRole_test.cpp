@@ -315,6 +315,7 @@ TEST_F(ClientRole, LivesOnWhenItSendsToAClosedServer) {
     takeBoth([](Plugin& plugin, Transcript& transcript) {
         LoopbackPeer peer([](LoopbackPeer::Line& line) {
             line.accept();
+            line.waitForTest(); // a connection reset too early is one that could not be made
             line.reset();
         });
         transcript.replace(peer.port(), "PORT");
@@ -324,6 +325,7 @@ TEST_F(ClientRole, LivesOnWhenItSendsToAClosedServer) {
         const auto send =
             plugin.function<int(void*, const char*, int)>("_ZN3QVR12TcpClientWin4sendEPKci");
         transcript.add("connect", connectTo(client, "127.0.0.1", peer.port().c_str()));
+        peer.proceed();
         EXPECT_EQ(peer.finish(), "");
         transcript.add("send to a connection that was reset", send(client, "bytes", 5));
         transcript.add("send to one that is closed", send(client, "bytes", 5));
