@@ -76,7 +76,7 @@ class WireFaults : public client_test::ClientFixture {
   protected:
     WireFaults() {
         setReconnectReadsHeader(true);
-        setReceiveTimeout(20000); // no wait of these tests is for ever
+        setReceiveTimeout(60000); // no wait of these tests is for ever
     }
 
     static std::vector<double> listedTouches() {

@@ -247,7 +247,7 @@ TEST(Broadcaster, DropsAClientThatStopsReadingAndNoOther) {
     ASSERT_TRUE(running.hasClients(2));
     const auto start = Clock::now();
     std::uint32_t number = 0;
-    while (running.broadcaster.counters().droppedClients == 0 && Clock::now() - start < 10s) {
+    while (running.broadcaster.counters().droppedClients == 0 && Clock::now() - start < 60s) {
         ASSERT_TRUE(running.publish(++number));
         EXPECT_EQ(numberOf(reader.readFrame()), number);
         std::this_thread::sleep_for(5ms);

@@ -92,9 +92,9 @@ QVR::NetworkTouch firstTouch(RawClient& client) {
     return touch;
 }
 
-// True when the first touch becomes (in)active within ten seconds.
+// True when the first touch becomes (in)active within a minute.
 bool waitForTouch(RawClient& client, bool active) {
-    const auto end = Clock::now() + 10s;
+    const auto end = Clock::now() + 60s;
     while (Clock::now() < end)
         if (firstTouch(client).active == (active ? 1 : 0))
             return true;

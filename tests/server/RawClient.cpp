@@ -15,7 +15,7 @@ namespace support {
 
 namespace {
 
-constexpr int patience = 10000; // milliseconds
+constexpr int patience = 60000; // milliseconds
 
 std::size_t product(std::uint32_t x, std::uint32_t y, std::uint32_t channels,
                     std::uint32_t bytesPerChannel) {
@@ -88,7 +88,7 @@ void RawClient::readInto(Bytes& bytes) {
     while (have < bytes.size()) {
         const std::optional<std::size_t> count = readSome(bytes.data() + have, bytes.size() - have);
         if (!count)
-            throw std::runtime_error("nothing came for ten seconds");
+            throw std::runtime_error("nothing came for a minute");
         if (*count == 0)
             throw std::runtime_error("the connection ended");
         have += *count;
@@ -138,7 +138,7 @@ std::size_t RawClient::bytesUntilClosed() {
     for (;;) {
         const std::optional<std::size_t> count = readSome(bytes.data(), bytes.size());
         if (!count)
-            throw std::runtime_error("nothing came for ten seconds");
+            throw std::runtime_error("nothing came for a minute");
         if (*count == 0)
             return sum;
         sum += *count;

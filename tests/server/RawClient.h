@@ -25,7 +25,7 @@ class RawClient {
     RawClient(RawClient&& other) noexcept;
     RawClient& operator=(RawClient&&) = delete;
 
-    // Exactly `size` bytes; throws when the connection ends or ten seconds pass before.
+    // Exactly `size` bytes; throws when the connection ends or a minute pass before.
     Bytes read(std::size_t size);
     // The header, and the bytes of one frame as the header announces them.
     QVR::ProtocolHeader readHeader();
@@ -34,9 +34,9 @@ class RawClient {
     void readFrame(Bytes& frame);
     std::size_t frameBytes() const { return frameBytes_; }
 
-    // True when the connection ends within ten seconds; what comes before is thrown away.
+    // True when the connection ends within a minute; what comes before is thrown away.
     bool waitUntilClosed();
-    // How many bytes come before the connection ends; throws when ten seconds pass without any.
+    // How many bytes come before the connection ends; throws when a minute pass without any.
     std::size_t bytesUntilClosed();
     // Whether something is there to read, or the end, within `milliseconds`.
     bool readable(int milliseconds);
@@ -52,7 +52,7 @@ class RawClient {
     void connect(std::uint16_t port);
     // Fills `bytes`.
     void readInto(Bytes& bytes);
-    // Bytes read, 0 at the end or after an error; nothing after ten seconds.
+    // Bytes read, 0 at the end or after an error; nothing after a minute.
     std::optional<std::size_t> readSome(std::byte* into, std::size_t size);
 
     int descriptor_ = -1;

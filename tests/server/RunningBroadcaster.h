@@ -91,9 +91,9 @@ class RunningBroadcaster {
         return copy.get_future().get();
     }
 
-    // True when `condition` holds within ten seconds.
+    // True when `condition` holds within a minute.
     static bool eventually(const std::function<bool()>& condition) {
-        const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+        const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(60);
         while (!condition()) {
             if (std::chrono::steady_clock::now() > end)
                 return false;

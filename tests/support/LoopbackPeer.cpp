@@ -18,7 +18,7 @@ namespace support {
 namespace {
 
 using Clock = std::chrono::steady_clock;
-constexpr std::chrono::seconds patience{20};
+constexpr std::chrono::seconds patience{60};
 
 int checked(int result, const char* what) {
     if (result < 0) {

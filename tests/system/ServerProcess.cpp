@@ -20,7 +20,7 @@ using Clock = std::chrono::steady_clock;
 
 namespace {
 
-constexpr auto patience = 20s;
+constexpr auto patience = 60s;
 
 std::string content(const std::string& path) {
     std::ostringstream text;

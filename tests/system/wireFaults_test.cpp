@@ -58,7 +58,7 @@ bool isThePicture(const std::function<std::uint16_t(std::size_t)>& value, Size s
 }
 
 bool eventually(const std::function<bool()>& condition) {
-    const auto end = std::chrono::steady_clock::now() + 20s;
+    const auto end = std::chrono::steady_clock::now() + 60s;
     while (!condition()) {
         if (std::chrono::steady_clock::now() > end)
             return false;

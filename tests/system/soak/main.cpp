@@ -55,7 +55,7 @@ Plan planFrom(int argc, char** argv) {
 // Looks at the server while nobody is there. Closed connections take it a moment to notice.
 Vitals lookAt(const support::ServerProcess& server, std::size_t descriptorsAtStart) {
     Vitals vitals = vitalsOf(server.id());
-    for (const auto end = Clock::now() + 10s;
+    for (const auto end = Clock::now() + 60s;
          vitals.descriptors != descriptorsAtStart && Clock::now() < end;
          vitals = vitalsOf(server.id()))
         std::this_thread::sleep_for(10ms);
