@@ -68,25 +68,16 @@ void Broadcaster::announce(const QVR::ProtocolHeader& header,
     });
 }
 
+// In use at once, so that nobody takes the frame for sent before each client was offered it.
 void Broadcaster::publish(FrameRef frame) {
-    asio::post(context_, KeptHandler(publications_, [this, frame = std::move(frame)]() mutable {
-                   feed_.frame = std::move(frame);
+    asio::post(context_, KeptHandler(publications_, [this, use = useOf(std::move(frame))] {
+                   feed_.frame = use.get();
                    hasDelivered_ = true;
                    cameraLost_ = false;
                    reportReturn();
                    idleFrame_.reset();
                    lastFrame_ = Clock::now();
                    distribute();
-               }));
-}
-
-void Broadcaster::continueFrame() {
-    if (continues_.exchange(true))
-        return;
-    asio::post(context_, KeptHandler(continuation_, [this] {
-                   // An exchange, for what was ready before each telling is to be seen here.
-                   continues_.exchange(false);
-                   pump();
                }));
 }
 
@@ -217,14 +208,10 @@ void Broadcaster::remove(const std::shared_ptr<Connection>& connection) {
 
 void Broadcaster::distribute() {
     ++feed_.sequence;
-    pump();
-    keepFramesFree();
-    count();
-}
-
-void Broadcaster::pump() {
     for (const auto& connection : connections_)
         connection->pump();
+    keepFramesFree();
+    count();
 }
 
 // The frame that laggards hold longest goes first; they keep their rest of it themselves.
@@ -269,8 +256,8 @@ void Broadcaster::scheduleTick() {
 
 void Broadcaster::tick() {
     const Clock::time_point now = Clock::now();
-    // A camera's thread in the middle of a frame is alive, and nothing may follow half a frame.
-    if (!feed_.frame || feed_.frame->whole())
+    // A camera that lends its pictures is alive, and they are not for the frames that follow.
+    if (!feed_.frame || !feed_.frame->isLent())
         lookAfterCamera(now);
     dropStalled(now);
     count();

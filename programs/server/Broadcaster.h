@@ -73,10 +73,8 @@ class Broadcaster {
     // A buffer for the next frame, or null when the network is so far behind that this frame had
     // better be left out.
     FrameRef acquire() { return pool_ ? pool_->acquire() : FrameRef(); }
-    // Makes `frame` the newest one. Clients get as much of it as is ready.
+    // Makes `frame` the newest one. The next is not to be published while its bytes are lent.
     void publish(FrameRef frame);
-    // More of the newest one is ready. The next is not to be published before it is whole.
-    void continueFrame();
 
     // Until the next publish(), the last images go on at the frame rate with no touch active, so
     // that no host hangs in a read or holds a finger that nobody sees. Begins by itself when
@@ -98,7 +96,6 @@ class Broadcaster {
     bool mayConnect(const Connection::Socket& socket);
     void remove(const std::shared_ptr<Connection>& connection);
     void distribute();
-    void pump();
     void keepFramesFree();
     void loseCamera(Clock::time_point lastGood);
     void reportLoss();
@@ -114,8 +111,6 @@ class Broadcaster {
     BroadcasterSettings settings_;
     Report report_;
     std::shared_ptr<HandlerMemory> publications_; // every pooled frame may be on its way
-    std::shared_ptr<HandlerMemory> continuation_ = std::make_shared<HandlerMemory>(1);
-    std::atomic<bool> continues_{false}; // the network thread has been told and not looked yet
     boost::asio::ip::tcp::acceptor acceptor_;
     boost::asio::steady_timer timer_;
     boost::asio::steady_timer acceptPause_;

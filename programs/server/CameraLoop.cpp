@@ -13,7 +13,6 @@
 #include <algorithm>
 #include <cstddef>
 #include <exception>
-#include <functional>
 #include <span>
 #include <utility>
 
@@ -26,6 +25,9 @@ namespace {
 
 constexpr std::chrono::nanoseconds firstRetryDelay = 250ms;
 constexpr std::chrono::nanoseconds longestRetryDelay = 5s;
+
+// Smaller frames are copied in less time than it takes to wait for their being sent.
+constexpr std::size_t worthLending = std::size_t{64} * 1024;
 
 } // namespace
 
@@ -64,7 +66,7 @@ void CameraLoop::run(Broadcaster& broadcaster) {
             // images at hand may be the very ones whose size was found wrong.
             parts.color = nullptr;
             parts.depth = nullptr;
-            publish(broadcaster, parts);
+            { const FrameLoan loan = publish(broadcaster, parts); }
             stop_.waitFor(framePeriod_);
         }
         status_.printWhenDue(broadcaster.counters());
@@ -73,7 +75,7 @@ void CameraLoop::run(Broadcaster& broadcaster) {
 
 void CameraLoop::takeFrame(Broadcaster& broadcaster, const QVR::networkFrameData& parts) {
     lastGood_ = Clock::now();
-    publish(broadcaster, parts);
+    const FrameLoan loan = publish(broadcaster, parts);
     const QVR::NetworkTouch* records = parts.touches;
     if (records == nullptr)
         cameraManager::get()->touches->getTouches(&records);
@@ -85,25 +87,24 @@ void CameraLoop::takeFrame(Broadcaster& broadcaster, const QVR::networkFrameData
     ++frames_;
 }
 
-void CameraLoop::publish(Broadcaster& broadcaster, const QVR::networkFrameData& parts) {
-    FrameRef frame = broadcaster.acquire();
+// The pipeline is not to go on before the loan has ended.
+FrameLoan CameraLoop::publish(Broadcaster& broadcaster, const QVR::networkFrameData& parts) {
+    const FrameRef frame = broadcaster.acquire();
     if (!frame) {
         status_.countLeftOut();
-        return;
+        return {};
     }
-    const std::span<const std::byte> previous =
-        previous_ ? std::as_const(*previous_).bytes() : std::span<const std::byte>();
-    frame->setReady(0);
-    bool published = false;
-    const auto send = [&](std::size_t bytes) {
-        frame->setReady(bytes);
-        if (std::exchange(published, true))
-            broadcaster.continueFrame();
-        else
-            broadcaster.publish(frame);
-    };
-    layout_.compose(parts, previous, frame->bytes(), std::ref(send)); // a copy would be allocated
-    previous_ = std::move(frame);
+    const FrameRef before = std::exchange(previous_, frame);
+    const auto places = layout_.inPlace(parts);
+    if (places && layout_.frameBytes() >= worthLending) {
+        FrameLoan loan(frame, layout_, parts, *places, lastGood_ + framePeriod_ / 4);
+        broadcaster.publish(frame);
+        return loan;
+    }
+    layout_.compose(parts, before ? std::as_const(*before).bytes() : std::span<const std::byte>(),
+                    frame->bytes());
+    broadcaster.publish(frame);
+    return {};
 }
 
 double CameraLoop::secondsOfFrame() const {

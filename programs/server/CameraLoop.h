@@ -4,7 +4,7 @@
 
 #include "CameraSession.h"
 #include "FrameLayout.h"
-#include "FramePool.h"
+#include "FrameLoan.h"
 #include "Options.h"
 #include "StatusLine.h"
 #include "serverClient/frameProtocol.h"
@@ -49,7 +49,7 @@ class CameraLoop {
 
     void announce(Broadcaster& broadcaster);
     void takeFrame(Broadcaster& broadcaster, const QVR::networkFrameData& parts);
-    void publish(Broadcaster& broadcaster, const QVR::networkFrameData& parts);
+    [[nodiscard]] FrameLoan publish(Broadcaster& broadcaster, const QVR::networkFrameData& parts);
     void recover(Broadcaster& broadcaster);
     bool reopen(QVR::networkFrameData& parts);
     void complain(const ServerError& error);

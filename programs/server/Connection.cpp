@@ -58,7 +58,8 @@ void Connection::start(const QVR::ProtocolHeader& header, std::size_t frameBytes
 
     frameBytes_ = frameBytes;
     header_ = header;
-    pending_ = std::as_bytes(std::span(&header_, 1));
+    private_ = std::as_bytes(std::span(&header_, 1));
+    pending_ = private_.size();
     lastProgress_ = Clock::now();
     watchForClosing();
     pump();
@@ -66,13 +67,10 @@ void Connection::start(const QVR::ProtocolHeader& header, std::size_t frameBytes
 
 void Connection::pump() {
     while (!closed_ && !waiting_) {
-        if (pending_.empty() && !takeNewest())
-            return;
-        const std::size_t ready = readyBytes();
-        if (ready == 0)
+        if (pending_ == 0 && !takeNewest())
             return;
         error_code error;
-        const std::size_t sent = socket_.write_some(asio::buffer(pending_.data(), ready), error);
+        const std::size_t sent = writeSome(error);
         if (error == asio::error::would_block || error == asio::error::try_again) {
             waitUntilWritable();
             return;
@@ -83,8 +81,8 @@ void Connection::pump() {
         }
         if (sent != 0)
             lastProgress_ = Clock::now();
-        pending_ = pending_.subspan(sent);
-        if (pending_.empty())
+        pending_ -= sent;
+        if (pending_ == 0)
             shared_.reset();
     }
 }
@@ -94,18 +92,21 @@ bool Connection::takeNewest() {
         return false;
     skipped_ += missedMeanwhile();
     sequence_ = feed_.sequence;
-    shared_ = feed_.frame;
-    pending_ = std::as_const(*shared_).bytes();
+    shared_ = useOf(feed_.frame);
+    pending_ = frameBytes_;
     lastProgress_ = Clock::now();
     return true;
 }
 
-// How much of what is pending may be sent: a shared frame may not be written to its end yet.
-std::size_t Connection::readyBytes() const {
+std::size_t Connection::writeSome(error_code& error) {
     if (!shared_)
-        return pending_.size();
-    const std::size_t missing = frameBytes_ - shared_->ready();
-    return pending_.size() - std::min(missing, pending_.size());
+        return socket_.write_some(asio::buffer(private_.last(pending_).data(), pending_), error);
+    return shared_->read(frameBytes_ - pending_, [&](const FrameParts& parts) {
+        std::array<asio::const_buffer, std::tuple_size_v<FrameParts>> buffers;
+        std::transform(parts.begin(), parts.end(), buffers.begin(),
+                       [](auto part) { return asio::buffer(part.data(), part.size()); });
+        return socket_.write_some(buffers, error);
+    });
 }
 
 // Frames that came and went since the one that was sent last; the newest may still be sent.
@@ -115,13 +116,17 @@ std::uint64_t Connection::missedMeanwhile() const {
 
 void Connection::releaseSharedFrame() {
     own_.reserve(frameBytes_);
-    own_.assign(pending_.begin(), pending_.end());
-    pending_ = own_;
+    own_.clear();
+    shared_->read(frameBytes_ - pending_, [&](const FrameParts& parts) {
+        for (const auto part : parts)
+            own_.insert(own_.end(), part.begin(), part.end());
+    });
+    private_ = own_;
     shared_.reset();
 }
 
 Connection::Clock::duration Connection::stalledFor(Clock::time_point now) const {
-    return pending_.empty() ? Clock::duration::zero() : now - lastProgress_;
+    return pending_ == 0 ? Clock::duration::zero() : now - lastProgress_;
 }
 
 void Connection::waitUntilWritable() {
@@ -153,7 +158,7 @@ void Connection::watchForClosing() {
 
 void Connection::close() {
     closed_ = true;
-    pending_ = {};
+    pending_ = 0;
     shared_.reset();
     error_code ignored;
     socket_.close(ignored);

@@ -28,7 +28,7 @@ struct FrameFeed {
 // Sends the header and then whole frames, the newest each time: a client that takes longer for
 // a frame than the camera misses the frames between, never a part of one. Lives on the network
 // thread. Only sends that cannot block are used, so nobody but this connection ever points into
-// a shared frame and its rest can be moved out of the way at any time.
+// a shared frame, whose rest can be moved out of the way at any time.
 class Connection : public std::enable_shared_from_this<Connection> {
   public:
     using Clock = std::chrono::steady_clock;
@@ -41,12 +41,11 @@ class Connection : public std::enable_shared_from_this<Connection> {
     // Sends `header`, then follows the feed.
     void start(const QVR::ProtocolHeader& header, std::size_t frameBytes);
 
-    // Sends as much as is ready and the socket takes now; to be called when the feed has a new
-    // frame or more of it.
+    // Sends as much as the socket takes now; to be called when the feed has a new frame.
     void pump();
 
     // The number of the shared frame that is still being sent, or 0 when there is none.
-    std::uint64_t sharedFrameInUse() const { return shared_ ? sequence_ : 0; }
+    std::uint64_t sharedFrameInUse() const { return shared_ != nullptr ? sequence_ : 0; }
     // Copies the rest of that frame into the connection's own buffer and lets go of it.
     void releaseSharedFrame();
 
@@ -62,7 +61,7 @@ class Connection : public std::enable_shared_from_this<Connection> {
 
   private:
     bool takeNewest();
-    std::size_t readyBytes() const;
+    std::size_t writeSome(boost::system::error_code& error);
     std::uint64_t missedMeanwhile() const;
     void waitUntilWritable();
     void watchForClosing();
@@ -76,8 +75,9 @@ class Connection : public std::enable_shared_from_this<Connection> {
     QVR::ProtocolHeader header_;
     std::array<std::byte, 4096> received_;
 
-    std::span<const std::byte> pending_; // into header_, shared_ or own_
-    FrameRef shared_;
+    std::size_t pending_ = 0;            // bytes still to be sent: the last ones of
+    FrameUse shared_;                    // this when there is one, else of
+    std::span<const std::byte> private_; // this, which lies in header_ or own_
     std::vector<std::byte> own_;
     std::size_t frameBytes_ = 0;
     std::uint64_t sequence_ = 0;

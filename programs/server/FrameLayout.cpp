@@ -1,15 +1,11 @@
 #include "FrameLayout.h"
 
-#include <algorithm>
 #include <cstdint>
 #include <cstring>
 
 namespace server {
 
 namespace {
-
-// Large enough that telling of a block costs little beside copying it.
-constexpr std::size_t blockBytes = std::size_t{512} * 1024;
 
 // Wraps in 32 bits as every reader of the header computes it.
 std::size_t imageBytes(std::uint32_t width, std::uint32_t height, std::uint32_t channels,
@@ -27,15 +23,11 @@ FrameLayout::FrameLayout(const QVR::ProtocolHeader& header)
                             header.processedDepth)) {}
 
 void FrameLayout::compose(const QVR::networkFrameData& parts, std::span<const std::byte> previous,
-                          std::span<std::byte> frame, const Progress& progress) const {
+                          std::span<std::byte> frame) const {
     std::size_t offset = 0;
-    std::size_t told = 0;
-    const auto tell = [&] {
-        told = offset;
-        if (progress)
-            progress(offset);
-    };
-    const auto placeBlock = [&](const std::byte* part, std::size_t size) {
+    const auto place = [&](const void* part, std::size_t size) {
+        if (size == 0)
+            return;
         if (part != nullptr)
             std::memcpy(frame.data() + offset, part, size);
         else if (!previous.empty())
@@ -44,24 +36,23 @@ void FrameLayout::compose(const QVR::networkFrameData& parts, std::span<const st
             std::memset(frame.data() + offset, 0, size);
         offset += size;
     };
-    const auto place = [&](const void* part, std::size_t size) {
-        const auto* rest = static_cast<const std::byte*>(part);
-        while (size != 0) {
-            const std::size_t block = std::min(size, told + blockBytes - offset);
-            placeBlock(rest, block);
-            rest = rest == nullptr ? nullptr : rest + block;
-            size -= block;
-            if (offset == told + blockBytes && offset != frameBytes())
-                tell();
-        }
-    };
     place(parts.touches, touches_);
     if (parts.touches == nullptr && previous.empty())
         clearTouches(frame);
     place(parts.color, color_);
     place(parts.depth, depth_);
     place(parts.processed, processed_);
-    tell();
+}
+
+std::optional<FrameParts> FrameLayout::inPlace(const QVR::networkFrameData& parts) const {
+    bool complete = true;
+    const auto part = [&](const void* bytes, std::size_t size) {
+        complete = complete && (bytes != nullptr || size == 0);
+        return std::span(static_cast<const std::byte*>(bytes), bytes != nullptr ? size : 0);
+    };
+    const FrameParts found = {part(parts.touches, touches_), part(parts.color, color_),
+                              part(parts.depth, depth_), part(parts.processed, processed_)};
+    return complete ? std::optional(found) : std::nullopt;
 }
 
 void FrameLayout::clearTouches(std::span<std::byte> frame) const {

@@ -1,10 +1,11 @@
 // Where touches and images lie in a frame's bytes, as the header that clients got says it.
 #pragma once
 
+#include "Frame.h"
 #include "serverClient/frameProtocol.h"
 
 #include <cstddef>
-#include <functional>
+#include <optional>
 #include <span>
 
 namespace server {
@@ -24,11 +25,12 @@ class FrameLayout {
 
     // Writes `parts` into `frame` (frameBytes() long) in one pass. A part that is announced but
     // null comes from `previous`, the frame before, or is blank when that is empty: images zero,
-    // touch records inactive. What `parts` points to must be as large as announced. `progress`
-    // learns how many bytes from the start are there: every so often, and at the end.
-    using Progress = std::function<void(std::size_t bytes)>;
+    // touch records inactive. What `parts` points to must be as large as announced.
     void compose(const QVR::networkFrameData& parts, std::span<const std::byte> previous,
-                 std::span<std::byte> frame, const Progress& progress = {}) const;
+                 std::span<std::byte> frame) const;
+
+    // The same frame where it lies already. Nothing when a part that is announced is null.
+    std::optional<FrameParts> inPlace(const QVR::networkFrameData& parts) const;
 
     // Makes every touch record of `frame` inactive.
     void clearTouches(std::span<std::byte> frame) const;

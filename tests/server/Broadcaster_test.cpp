@@ -55,6 +55,12 @@ void publishTouch(RunningBroadcaster& running, double x, unsigned short depth) {
     running.broadcaster.publish(std::move(frame));
 }
 
+Bytes frameOf(std::size_t size, std::uint32_t number) {
+    Bytes bytes(size);
+    support::fillWords(bytes.data(), size, number);
+    return bytes;
+}
+
 void append(Bytes& to, const Bytes& more) {
     to.insert(to.end(), more.begin(), more.end());
 }
@@ -263,38 +269,64 @@ TEST(Broadcaster, DropsAClientThatStopsReadingAndNoOther) {
                 testing::ElementsAre(testing::EndsWith("has stopped reading and is dropped")));
 }
 
-TEST(Broadcaster, SendsOfAFrameWhatIsReadyAndThenTheRest) {
+TEST(Broadcaster, SendsWhatIsLentAndThenTheRestFromTheFrame) {
     RunningBroadcaster running(patient());
-    const QVR::ProtocolHeader header = wordsHeader(1000);
-    running.announce(header);
-    RawClient early(running.port());
-    early.readHeader();
+    running.announce(wordsHeader(500'000));
+    RawClient client(running.port(), 4096);
+    client.readHeader();
     ASSERT_TRUE(running.hasClients(1));
 
-    const server::FrameRef frame = running.publishStart(5, 3000);
-    Bytes bytes = early.read(3000);
-    EXPECT_FALSE(early.readable(100));
+    Bytes pictures = frameOf(client.frameBytes(), 5);
+    const server::FrameRef frame = running.publishLent(pictures);
+    Bytes bytes = client.read(3000);
+    support::fillWords(frame->bytes().data(), frame->bytes().size(), 5);
+    frame->takeBack();
+    pictures.assign(pictures.size(), std::byte{0xee});
 
     RawClient late(running.port());
     late.readHeader();
-    Bytes lateBytes = late.read(3000);
-    EXPECT_FALSE(late.readable(100));
-
-    running.continueTo(frame, 3001);
-    append(bytes, early.read(1));
-    EXPECT_FALSE(early.readable(100));
-    running.continueTo(frame, frame->bytes().size());
-    append(bytes, early.read(early.frameBytes() - 3001));
-    append(lateBytes, late.read(late.frameBytes() - 3000));
+    EXPECT_EQ(numberOf(late.readFrame()), 5U);
+    append(bytes, client.read(client.frameBytes() - 3000));
     EXPECT_EQ(numberOf(bytes), 5U);
-    EXPECT_EQ(numberOf(lateBytes), 5U);
-
     ASSERT_TRUE(running.publish(6));
-    EXPECT_EQ(numberOf(early.readFrame()), 6U);
+    EXPECT_EQ(numberOf(client.readFrame()), 6U);
     EXPECT_EQ(numberOf(late.readFrame()), 6U);
 }
 
-TEST(Broadcaster, PutsNothingBehindHalfAFrame) {
+TEST(Broadcaster, KnowsWhenAFrameIsSentToAllWhoCouldTakeIt) {
+    RunningBroadcaster running(patient());
+    running.announce(wordsHeader(500'000));
+    RawClient client(running.port(), 4096);
+    client.readHeader();
+    RawClient laggard(running.port(), 4096);
+    laggard.readHeader();
+    ASSERT_TRUE(running.hasClients(2));
+    ASSERT_TRUE(running.publish(4));
+    EXPECT_EQ(numberOf(client.readFrame()), 4U);
+
+    // The laggard has the frame before to read first; nobody waits for it.
+    const Bytes pictures = frameOf(client.frameBytes(), 5);
+    const server::FrameRef frame = running.publishLent(pictures);
+    EXPECT_FALSE(frame->waitUntilSent(Clock::now() + 50ms));
+    EXPECT_EQ(numberOf(client.readFrame()), 5U);
+    EXPECT_TRUE(frame->waitUntilSent(Clock::now() + 60s));
+    frame->takeBack();
+}
+
+TEST(Broadcaster, DoesNotTakeAFrameForSentThatNobodyWasOffered) {
+    RunningBroadcaster running(patient());
+    running.announce(wordsHeader(1000));
+    const Bytes pictures = frameOf(8000, 5);
+    server::FrameRef frame;
+    running.whileNetworkRests([&] {
+        frame = running.publishLent(pictures);
+        EXPECT_FALSE(frame->waitUntilSent(Clock::now() + 20ms));
+    });
+    EXPECT_TRUE(frame->waitUntilSent(Clock::now() + 60s));
+    frame->takeBack();
+}
+
+TEST(Broadcaster, PutsNothingBehindAFrameThatIsLent) {
     server::BroadcasterSettings settings = patient();
     settings.cameraTimeout = 100ms;
     RunningBroadcaster running(settings);
@@ -302,14 +334,14 @@ TEST(Broadcaster, PutsNothingBehindHalfAFrame) {
     RawClient client(running.port());
     client.readHeader();
     ASSERT_TRUE(running.hasClients(1));
-    const server::FrameRef frame = running.publishStart(5, 3000);
-    Bytes bytes = client.read(3000);
+    const Bytes pictures = frameOf(client.frameBytes(), 5);
+    const server::FrameRef frame = running.publishLent(pictures);
+    EXPECT_EQ(numberOf(client.readFrame()), 5U);
     EXPECT_FALSE(client.readable(400));
     EXPECT_THAT(running.reports(), testing::IsEmpty());
-    running.continueTo(frame, frame->bytes().size());
-    append(bytes, client.read(client.frameBytes() - 3000));
-    EXPECT_EQ(numberOf(bytes), 5U);
-    // With the frame whole, its camera is silent like any other.
+    support::fillWords(frame->bytes().data(), frame->bytes().size(), 5);
+    frame->takeBack();
+    // With its pictures back, the camera is silent like any other.
     EXPECT_TRUE(client.readable(10000));
 }
 

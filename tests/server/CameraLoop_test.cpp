@@ -197,6 +197,46 @@ TEST_F(CameraLoopTest, SendsImagesInTheOrderOfTheHeader) {
     EXPECT_EQ(frame[280 + pixels * 5], std::byte{0});
 }
 
+// The camera writes over its pictures as soon as it is asked for the next ones, or for those that
+// do not come. Of the clients, one takes a frame at once and one takes longer than it is waited
+// for.
+TEST_F(CameraLoopTest, SendsNoPictureThatTheCameraTookBack) {
+    Options options;
+    options.color = true;
+    options.processed = true;
+    Running running(options);
+    RawClient fast = running.client();
+    RawClient slow(running.network.port(), 4096);
+    slow.readHeader();
+    const support::Bytes expected(160 * 120 * 3, std::byte{0x40});
+    const auto colorOf = [&](const support::Bytes& frame) {
+        const auto first = frame.begin() + 280;
+        return support::Bytes(first, first + static_cast<std::ptrdiff_t>(expected.size()));
+    };
+    for (int turn = 0; turn < 30; ++turn) {
+        if (turn % 10 == 5)
+            camera.failingWaits = 2;
+        EXPECT_EQ(colorOf(fast.readFrame()), expected) << turn;
+        support::Bytes frame = slow.read(100'000);
+        std::this_thread::sleep_for(10ms);
+        const support::Bytes rest = slow.read(slow.frameBytes() - frame.size());
+        frame.insert(frame.end(), rest.begin(), rest.end());
+        EXPECT_EQ(colorOf(frame), expected) << turn;
+    }
+}
+
+TEST_F(CameraLoopTest, IsNotHeldByAClientThatDoesNotRead) {
+    Options options;
+    options.color = true;
+    Running running(options);
+    RawClient stalled(running.network.port(), 4096);
+    stalled.readHeader();
+    stalled.read(1000);
+    const int before = camera.waits;
+    EXPECT_TRUE(RunningBroadcaster::eventually([&] { return camera.waits >= before + 30; }));
+    EXPECT_TRUE(running.network.hasClients(1));
+}
+
 TEST_F(CameraLoopTest, KeepsClientsAndTouchesOverABadFrame) {
     camera.finger = true;
     Running running(touchesOnly());

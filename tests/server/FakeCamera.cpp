@@ -36,6 +36,7 @@ void fail(rs_error** error, const char* message) {
 
 void drawFrame() {
     const FakeCamera& camera = FakeCamera::get();
+    theDevice.color.assign(theDevice.color.size(), 0x40);
     theDevice.depth.assign(theDevice.depth.size(), 0);
     if (!camera.finger)
         return;
@@ -148,6 +149,9 @@ float rs_get_device_depth_scale(const rs_device*, rs_error** error) {
 void rs_wait_for_frames(rs_device*, rs_error** error) {
     FakeCamera& camera = FakeCamera::get();
     ++camera.waits;
+    // The pictures before are for nobody any more.
+    theDevice.color.assign(theDevice.color.size(), 0xee);
+    theDevice.depth.assign(theDevice.depth.size(), 0xeeee);
     std::this_thread::sleep_for(std::chrono::milliseconds(2));
     while (camera.hanging)
         std::this_thread::sleep_for(std::chrono::milliseconds(1));

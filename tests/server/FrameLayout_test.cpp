@@ -81,48 +81,42 @@ TEST(FrameLayout, AgreesWithTheHeadersFrameSize) {
     EXPECT_EQ(FrameLayout(header).frameBytes(), QVR::utils::getNetworkFrameSize(header));
 }
 
-TEST(FrameLayout, TellsHowMuchOfALargeFrameIsThereAlready) {
-    QVR::ProtocolHeader header = smallHeader();
-    header.colorX = 1000;
-    header.colorY = 600;
-    header.depthX = header.processedX = 640;
-    header.depthY = header.processedY = 480;
-    const FrameLayout layout(header);
-    const std::vector<QVR::NetworkTouch> touches(10, {1, 0.5, 0.25, 0.125});
-    const std::vector<unsigned char> color(layout.colorBytes(), 1);
-    const std::vector<unsigned short> depth(layout.depthBytes() / 2, 0x0202);
-    const std::vector<unsigned char> processed(layout.processedBytes(), 3);
-    const std::vector<std::byte> previous(layout.frameBytes(), std::byte{4});
-    const QVR::networkFrameData whole = {touches.data(), color.data(), depth.data(),
-                                         processed.data()};
-    const QVR::networkFrameData partial = {touches.data(), nullptr, depth.data(), nullptr};
-    for (const QVR::networkFrameData& parts : {whole, partial, QVR::networkFrameData()}) {
-        std::vector<std::byte> frame(layout.frameBytes(), std::byte{0xab});
-        const auto expected = composed(layout, parts, previous);
-        std::vector<std::size_t> told;
-        layout.compose(parts, previous, frame, [&](std::size_t bytes) {
-            told.push_back(bytes);
-            ASSERT_LE(bytes, frame.size());
-            EXPECT_EQ(std::memcmp(frame.data(), expected.data(), bytes), 0) << bytes;
-            if (bytes < frame.size()) {
-                EXPECT_EQ(frame[bytes], std::byte{0xab}) << "is not there yet";
-            }
-        });
-        EXPECT_EQ(told, (std::vector<std::size_t>{524288, 1048576, 1572864, 2097152, 2621440,
-                                                  layout.frameBytes()}));
-        EXPECT_EQ(frame, expected);
-    }
+TEST(FrameLayout, FindsACompleteFrameInPlace) {
+    const FrameLayout layout(smallHeader());
+    const Parts parts;
+    const auto places = layout.inPlace(parts.all());
+    ASSERT_TRUE(places);
+    std::vector<std::byte> joined;
+    for (const auto place : *places)
+        joined.insert(joined.end(), place.begin(), place.end());
+    EXPECT_EQ(joined, composed(layout, parts.all()));
+    EXPECT_EQ(static_cast<const void*>((*places)[1].data()), parts.color.data());
 }
 
-TEST(FrameLayout, TellsOfASmallFrameOnce) {
+TEST(FrameLayout, FindsNoFrameInPlaceThatLacksAPart) {
     const FrameLayout layout(smallHeader());
-    std::vector<std::byte> frame(layout.frameBytes());
-    std::vector<std::size_t> told;
-    layout.compose(Parts().all(), {}, frame, [&](std::size_t bytes) { told.push_back(bytes); });
-    EXPECT_EQ(told, std::vector<std::size_t>{304});
-    told.clear();
-    FrameLayout().compose({}, {}, {}, [&](std::size_t bytes) { told.push_back(bytes); });
-    EXPECT_EQ(told, std::vector<std::size_t>{0});
+    const Parts parts;
+    const QVR::networkFrameData all = parts.all();
+    EXPECT_FALSE(layout.inPlace({nullptr, all.color, all.depth, all.processed}));
+    EXPECT_FALSE(layout.inPlace({all.touches, nullptr, all.depth, all.processed}));
+    EXPECT_FALSE(layout.inPlace({all.touches, all.color, nullptr, all.processed}));
+    EXPECT_FALSE(layout.inPlace({all.touches, all.color, all.depth, nullptr}));
+}
+
+TEST(FrameLayout, MissesNothingThatIsNotAnnounced) {
+    QVR::ProtocolHeader header = smallHeader();
+    header.colorChannels = header.colorDepth = 0;
+    const FrameLayout layout(header);
+    const Parts parts;
+    for (const unsigned char* color :
+         {static_cast<const unsigned char*>(nullptr), &parts.color[0]}) {
+        QVR::networkFrameData given = parts.all();
+        given.color = color;
+        const auto places = layout.inPlace(given);
+        ASSERT_TRUE(places);
+        EXPECT_TRUE((*places)[1].empty());
+        EXPECT_EQ((*places)[2].size(), 12U);
+    }
 }
 
 TEST(FrameLayout, LeavesOutWhatIsNotAnnounced) {

@@ -45,19 +45,6 @@ TEST(FramePool, ReusesItsMemory) {
         EXPECT_EQ(pool.acquire()->bytes().data(), first);
 }
 
-TEST(FramePool, FramesAreWholeUntilTheirWriterSaysOtherwise) {
-    FramePool pool(64, 1);
-    {
-        const FrameRef frame = pool.acquire();
-        EXPECT_EQ(frame->ready(), 64U);
-        EXPECT_TRUE(frame->whole());
-        frame->setReady(63);
-        EXPECT_EQ(frame->ready(), 63U);
-        EXPECT_FALSE(frame->whole());
-    }
-    EXPECT_TRUE(pool.acquire()->whole());
-}
-
 TEST(FramePool, FramesOutliveIt) {
     FrameRef frame;
     {

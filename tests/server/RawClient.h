@@ -25,7 +25,7 @@ class RawClient {
     RawClient(RawClient&& other) noexcept;
     RawClient& operator=(RawClient&&) = delete;
 
-    // Exactly `size` bytes; throws when the connection ends or a minute pass before.
+    // Exactly `size` bytes; throws when the connection ends or a minute passes before.
     Bytes read(std::size_t size);
     // The header, and the bytes of one frame as the header announces them.
     QVR::ProtocolHeader readHeader();
@@ -36,7 +36,7 @@ class RawClient {
 
     // True when the connection ends within a minute; what comes before is thrown away.
     bool waitUntilClosed();
-    // How many bytes come before the connection ends; throws when a minute pass without any.
+    // How many bytes come before the connection ends; throws when a minute passes without any.
     std::size_t bytesUntilClosed();
     // Whether something is there to read, or the end, within `milliseconds`.
     bool readable(int milliseconds);

@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <functional>
 #include <future>
+#include <span>
 #include <string>
 #include <thread>
 #include <vector>
@@ -64,17 +65,13 @@ class RunningBroadcaster {
         return true;
     }
 
-    // The same, but only `ready` bytes of it are there yet.
-    server::FrameRef publishStart(std::uint32_t number, std::size_t ready) {
+    // The same, but what is sent is `bytes`, in three parts, until the frame takes them back.
+    server::FrameRef publishLent(const Bytes& bytes) {
         server::FrameRef frame = broadcaster.acquire();
-        fillWords(frame->bytes().data(), frame->bytes().size(), number);
-        frame->setReady(ready);
+        const std::span<const std::byte> all(bytes);
+        frame->lend({all.first(1000), all.subspan(1000, 9), {}, all.subspan(1009)});
         broadcaster.publish(frame);
         return frame;
-    }
-    void continueTo(const server::FrameRef& frame, std::size_t ready) {
-        frame->setReady(ready);
-        broadcaster.continueFrame();
     }
 
     // Returns when the network thread has done all that was asked of it before.
@@ -82,6 +79,20 @@ class RunningBroadcaster {
         std::promise<void> done;
         boost::asio::post(context_, [&] { done.set_value(); });
         done.get_future().wait();
+    }
+
+    // Does `work` while the network thread does nothing.
+    void whileNetworkRests(const std::function<void()>& work) {
+        std::promise<void> resting;
+        std::promise<void> worked;
+        boost::asio::post(context_, [&] {
+            resting.set_value();
+            worked.get_future().wait();
+        });
+        resting.get_future().wait();
+        work();
+        worked.set_value();
+        settle();
     }
 
     // The important reports so far.
