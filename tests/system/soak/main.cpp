@@ -32,7 +32,7 @@ struct Plan {
     double seconds = 60.0;
     unsigned clients = 8;
     std::uint32_t seed = 1;
-    double growth = 8.0;
+    double growth = 4.0;
 };
 
 Plan planFrom(int argc, char** argv) {
