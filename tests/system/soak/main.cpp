@@ -43,7 +43,7 @@ Plan planFrom(int argc, char** argv) {
     app.add_option("--clients", plan.clients, "At most so many at a time (default: 8)")
         ->check(CLI::Range(1, 16));
     app.add_option("--seed", plan.seed, "Chooses scene and visits (default: 1)");
-    app.add_option("--growth", plan.growth, "MiB by which the server may grow (default: 8)");
+    app.add_option("--growth", plan.growth, "MiB by which the server may grow (default: 4)");
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& end) {
