@@ -28,14 +28,24 @@ std::string describe(const Connection::Socket& socket) {
     return text.str();
 }
 
+void setOption(Connection::Socket& socket, int level, int option, std::size_t bytes) {
+    const int value = static_cast<int>(bytes);
+    ::setsockopt(socket.native_handle(), level, option, &value, sizeof value);
+}
+
 // Frames are to wait here, where they can still be skipped, rather than in the system's send
 // queue, which would take seconds of small frames. A quarter of a frame in advance keeps the
-// line busy. Best effort: without it frames are older, not wrong.
+// line busy. Of a large frame the system is not to hold more than the processor's cache does: on
+// this machine, the client copies out of that queue. Best effort: without it frames are older, not
+// wrong.
 void limitSendQueue(Connection::Socket& socket, std::size_t frameBytes) {
-    constexpr std::size_t smallest = 4096;
-    constexpr std::size_t largest = 128 * 1024;
-    const int unsent = static_cast<int>(std::clamp(frameBytes / 4, smallest, largest));
-    ::setsockopt(socket.native_handle(), IPPROTO_TCP, TCP_NOTSENT_LOWAT, &unsent, sizeof unsent);
+    constexpr std::size_t leastUnsent = 4096;
+    constexpr std::size_t mostUnsent = std::size_t{128} * 1024;
+    constexpr std::size_t mostInAll = std::size_t{512} * 1024;
+    setOption(socket, IPPROTO_TCP, TCP_NOTSENT_LOWAT,
+              std::clamp(frameBytes / 4, leastUnsent, mostUnsent));
+    if (frameBytes > mostInAll)
+        setOption(socket, SOL_SOCKET, SO_SNDBUF, mostInAll);
 }
 
 } // namespace
