@@ -328,7 +328,7 @@ TEST(Broadcaster, DoesNotTakeAFrameForSentThatNobodyWasOffered) {
 
 TEST(Broadcaster, PutsNothingBehindAFrameThatIsLent) {
     server::BroadcasterSettings settings = patient();
-    settings.cameraTimeout = 100ms;
+    settings.cameraTimeout = 500ms;
     RunningBroadcaster running(settings);
     running.announce(wordsHeader(1000));
     RawClient client(running.port());
@@ -337,7 +337,7 @@ TEST(Broadcaster, PutsNothingBehindAFrameThatIsLent) {
     const Bytes pictures = frameOf(client.frameBytes(), 5);
     const server::FrameRef frame = running.publishLent(pictures);
     EXPECT_EQ(numberOf(client.readFrame()), 5U);
-    EXPECT_FALSE(client.readable(400));
+    EXPECT_FALSE(client.readable(1200));
     EXPECT_THAT(running.reports(), testing::IsEmpty());
     support::fillWords(frame->bytes().data(), frame->bytes().size(), 5);
     frame->takeBack();
