@@ -1,7 +1,7 @@
 // One client: its socket, what is still to be sent to it, and how long it has not taken any.
 #pragma once
 
-#include "FramePool.h"
+#include "Frame.h"
 #include "HandlerMemory.h"
 #include "serverClient/frameProtocol.h"
 
